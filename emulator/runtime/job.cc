@@ -1,0 +1,142 @@
+#include "runtime/job.h"
+
+#include <algorithm>
+#include <new>
+
+#include "driver/kesh_pattern.h"
+#include "kernels/executor.h"
+#include "runtime/api_call.h"
+#include "runtime/clock.h"
+
+namespace kesh::runtime {
+
+Job::Job(std::shared_ptr<Player> player, JobPlan plan)
+    : player_(std::move(player)), plan_(std::move(plan)), timings_(plan_.nodes.size()) {}
+
+void Job::start(CorePool& pool) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  pool_ = &pool;
+  player_->unfinishedJobs.fetch_add(1);
+  if (plan_.steps.empty()) {
+    completeLocked();
+    return;
+  }
+  dispatchLocked(0);
+}
+
+void Job::dispatchLocked(size_t step) {
+  step_ = step;
+  pending_ = 0;
+  std::shared_ptr<Job> self = shared_from_this();
+  for (size_t node : plan_.steps[step]) {
+    const NodeRun& run = plan_.nodes[node];
+    try {
+      pool_->submit(CoreTask{run.boost, run.core, [self, node] { self->runNode(node); }});
+      ++pending_;
+    } catch (...) {
+      nodeFailed_ = true;  // the node never runs; the job fails once the others end
+    }
+  }
+  if (pending_ == 0) completeLocked();
+}
+
+void Job::runNode(size_t node) {
+  const NodeRun& run = plan_.nodes[node];
+  int64_t startNs = monotonicNanos();
+  int64_t opsStartNs = startNs;
+  int64_t opsEndNs = startNs;
+  bool ok = true;
+  try {
+    std::vector<std::shared_ptr<ByteBlock>> scratch;  // zero-filled no-alloc buffers
+    std::vector<kernels::BufferView> views;
+    views.reserve(run.args.size());
+    for (size_t i = 0; i < run.args.size(); ++i) {
+      std::shared_ptr<ByteBlock> block = run.args[i].block;
+      size_t size = run.args[i].size;
+      if (block == nullptr) {
+        size = run.program->args[i].size;
+        block = ByteBlock::allocate(size);
+        if (block == nullptr) throw std::bad_alloc();
+        scratch.push_back(block);
+      }
+      views.push_back(kernels::BufferView{block->data(), size});
+    }
+    opsStartNs = monotonicNanos();
+    kernels::executeProgram(*run.program, views);
+    opsEndNs = monotonicNanos();
+  } catch (...) {
+    ok = false;
+    opsEndNs = std::max(opsStartNs, monotonicNanos());
+  }
+  int64_t endNs = monotonicNanos();
+  NodeTiming timing;
+  timing.startUs = toMicros(startNs);
+  timing.endUs = toMicros(endNs);
+  timing.ipUs = toMicros(opsEndNs - opsStartNs);
+  timing.driverUs = toMicros((opsStartNs - startNs) + (endNs - opsEndNs));
+  nodeFinished(node, timing, startNs, endNs, ok);
+}
+
+void Job::nodeFinished(size_t node, const NodeTiming& timing, int64_t startNs, int64_t endNs, bool ok) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  timings_[node] = timing;
+  if (firstStartNs_ == 0 || startNs < firstStartNs_) firstStartNs_ = startNs;
+  lastEndNs_ = std::max(lastEndNs_, endNs);
+  if (!ok) nodeFailed_ = true;
+  int64_t runUs = toMicros(lastEndNs_ - firstStartNs_);
+  if (plan_.hardLimitUs > 0 && runUs > plan_.hardLimitUs) hardExceeded_ = true;
+  if (--pending_ != 0) return;
+  if (nodeFailed_ || hardExceeded_ || step_ + 1 == plan_.steps.size()) {
+    completeLocked();
+  } else {
+    dispatchLocked(step_ + 1);
+  }
+}
+
+void Job::completeLocked() {
+  int64_t runUs = toMicros(lastEndNs_ - firstStartNs_);
+  softExceeded_ = plan_.softLimitUs > 0 && runUs > plan_.softLimitUs;
+  done_ = true;
+  player_->unfinishedJobs.fetch_sub(1);
+  doneCv_.notify_all();
+}
+
+int Job::wait() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  doneCv_.wait(lock, [this] { return done_; });
+  return nodeFailed_ || hardExceeded_ ? kFailed : kOk;
+}
+
+bool Job::done() const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return done_;
+}
+
+bool Job::execInfo(HandleId nodeId, uint32_t kind, int64_t* value) const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  if (!done_) return false;
+  for (size_t i = 0; i < plan_.nodes.size(); ++i) {
+    if (plan_.nodes[i].nodeId != nodeId) continue;
+    const NodeTiming& timing = timings_[i];
+    switch (kind) {
+      case PATTERN_NODE_EXEC_INFO_DRIVER_TIME: *value = timing.driverUs; return true;
+      case PATTERN_NODE_EXEC_INFO_IP_TIME: *value = timing.ipUs; return true;
+      case PATTERN_NODE_EXEC_INFO_END_TIMESTAMP: *value = timing.endUs; return true;
+      case PATTERN_NODE_EXEC_INFO_START_TIMESTAMP: *value = timing.startUs; return true;
+      default: return false;
+    }
+  }
+  return false;
+}
+
+std::string Job::outcomeNote() const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  if (!done_) return "";
+  std::string runUs = std::to_string(toMicros(lastEndNs_ - firstStartNs_));
+  if (nodeFailed_) return "a node could not run";
+  if (hardExceeded_) return "hard limit of " + std::to_string(plan_.hardLimitUs) + " us exceeded: " + runUs + " us";
+  if (softExceeded_) return "soft limit of " + std::to_string(plan_.softLimitUs) + " us exceeded: " + runUs + " us";
+  return "";
+}
+
+}  // namespace kesh::runtime
