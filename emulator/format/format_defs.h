@@ -51,6 +51,8 @@ inline constexpr uint32_t kMaxInternals = 64;
 inline constexpr uint32_t kMaxOps = 65536;
 inline constexpr uint32_t kMaxBufferSize = 1u << 28;    // per argument or internal buffer
 inline constexpr uint32_t kMaxInternalTotal = 1u << 28; // all internal buffers together
+inline constexpr uint32_t kMaxConstSize = 1u << 28;     // constant data
+inline constexpr uint32_t kMaxMatMulK = 1u << 20;      // inner dimension of matmul
 
 // A buffer reference (u32): space in bits 31..24, number in bits 23..0.
 //   space 0: argument, number = position in the argument table (not its index)

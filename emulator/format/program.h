@@ -36,6 +36,17 @@ struct Program {
   std::vector<uint8_t> constData;
 };
 
+/// Field-by-field equality, for tests and round-trip checks.
+inline bool operator==(const ArgSpec& a, const ArgSpec& b) {
+  return a.index == b.index && a.size == b.size && a.noAlloc == b.noAlloc && a.name == b.name;
+}
+/// Same opcode and the same 15 parameters.
+inline bool operator==(const Op& a, const Op& b) { return a.opcode == b.opcode && a.p == b.p; }
+/// Same tables, operations and constant data.
+inline bool operator==(const Program& a, const Program& b) {
+  return a.args == b.args && a.internalSizes == b.internalSizes && a.ops == b.ops && a.constData == b.constData;
+}
+
 }  // namespace kesh::format
 
 #endif  // KESH_EMULATOR_FORMAT_PROGRAM_H_

@@ -1,0 +1,18 @@
+// Program -> pattern text: the disassembler. Stateless; safe from any thread.
+#ifndef KESH_TOOLS_PATTERN_ASM_TEXT_PRINTER_H_
+#define KESH_TOOLS_PATTERN_ASM_TEXT_PRINTER_H_
+
+#include <string>
+
+#include "format/program.h"
+
+namespace kesh::pattern_text {
+
+/// The canonical text of a valid `program`: parsing it gives back an equal
+/// Program. Arguments come first, then internal buffers, operations and
+/// constant data (hex bytes, zero runs); labels of the original text are not kept.
+std::string formatPatternText(const format::Program& program);
+
+}  // namespace kesh::pattern_text
+
+#endif  // KESH_TOOLS_PATTERN_ASM_TEXT_PRINTER_H_
