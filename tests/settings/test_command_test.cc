@@ -1,0 +1,130 @@
+#include <sys/stat.h>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <thread>
+
+#include "settings/tester_setting.h"
+#include "settings/word_split.h"
+#include "settings_test_support.h"
+
+namespace kesh::settings::testing {
+namespace {
+
+using TestCommand = TesterSetting::TestCommand;
+using Bytes = std::vector<uint8_t>;
+
+class TestCommandTest : public ::testing::Test {
+ protected:
+  /// Builds a command set from `line`; what it printed goes to `echo`.
+  TestCommand build(const std::string& line) {
+    std::optional<TestCommand> command;
+    echo = captureStdout([&] { command.emplace("prog", line); });
+    return std::move(*command);
+  }
+  static int32_t boostOf(const TestCommand& command, std::size_t index) {
+    return command.subCommands.at(index).nodeOptions.at(PATTERN_NODE_OPTION_BOOST);
+  }
+  static std::string readData(const std::string& path) {
+    Bytes bytes = TestCommand::readData(path.c_str());
+    return std::string(bytes.begin(), bytes.end());
+  }
+
+  TempDir dir;
+  std::string p = dir.write("p.bin", std::string("P\0\n", 3)), echo;
+};
+
+TEST(WordSplitTest, EverySingleBlankSeparatesNothingElseDoes) {
+  using Words = std::vector<std::string>;
+  EXPECT_EQ(splitCommandWords("prog", ""), (Words{"prog"}));
+  EXPECT_EQ(splitCommandWords("prog", " -f a  -b 5 "), (Words{"prog", "", "-f", "a", "", "-b", "5"}));
+  EXPECT_EQ(splitCommandWords("prog", "a  "), (Words{"prog", "a", ""}));
+  EXPECT_EQ(splitCommandWords("prog", "\"a b\"\t-x\r"), (Words{"prog", "\"a", "b\"\t-x\r"}));
+}
+
+TEST_F(TestCommandTest, OptionsEchoKeepFirstNodeAndLastGraphValues) {
+  const std::string line = "-a 5 stray -f " + p + " -b 10 -b 20 -c 1 --core=2 -s 3 --hard 7 -g -4 -l 63 --pack";
+  TestCommand command = build(line);
+  EXPECT_EQ(echo, "Set hard limit to 5\nPattern binary: " + p + "\nSet boost value to 10\nSet boost value to 20\n"
+                  "Set core affinity to 1\nSet core affinity to 2\nSet soft limit to 3\nSet hard limit to 7\n");
+  EXPECT_EQ(command.subCommands.at(0).patternBinary, Bytes({'P', 0, '\n'}));
+  EXPECT_TRUE(boostOf(command, 0) == 10 && command.subCommands[0].nodeOptions.at(PATTERN_NODE_OPTION_CORE_AFFINITY) == 1);
+  EXPECT_TRUE(command.graphOptions.at(PATTERN_GRAPH_OPTION_HARD_LIMIT) == 7 &&
+              command.graphOptions.at(PATTERN_GRAPH_OPTION_SOFT_LIMIT) == 3);
+  EXPECT_TRUE(command.groupIndex == -4 && command.groupLoopCount == 63 && command.pack && !command.randomBoost);
+  EXPECT_EQ(command.commandLine, line);
+  TestCommand ended = build("-l -3 -- -g 5");
+  EXPECT_TRUE(ended.groupLoopCount == -3 && ended.groupIndex == -1);  // -- ends the options
+  EXPECT_EQ(build("-l x").groupLoopCount, 0);
+}
+
+TEST_F(TestCommandTest, LastBoostOptionDecidesRandomnessForTheSet) {
+  TestCommand fixedLast = build("-f " + p + " -b -1 -f " + p + " -b 7");
+  EXPECT_TRUE(!fixedLast.randomBoost && boostOf(fixedLast, 0) == -1 && boostOf(fixedLast, 1) == 7);
+  TestCommand randomLast = build("--pat " + p + " --boo=-1");
+  EXPECT_EQ(echo, "Pattern binary: " + p + "\nSet boost value to random value\n");
+  bool seen[101] = {};
+  for (int draw = 0; draw < 3000; ++draw) {
+    const std::string out = captureStdout([&] { randomLast.updateRandom(); });
+    const int32_t boost = boostOf(randomLast, 0);
+    ASSERT_TRUE(boost >= 0 && boost <= 100 && out == "Random boost value: " + std::to_string(boost) + "\n") << out;
+    seen[boost] = true;
+  }
+  EXPECT_TRUE(seen[0] && seen[100]);
+  EXPECT_EQ(captureStdout([&] { fixedLast.updateRandom(); }) + std::to_string(boostOf(fixedLast, 1)), "7");
+}
+
+TEST_F(TestCommandTest, DataBindsToBaseNameFirstFileWinsBuiltInCaseIsCurrent) {
+  std::filesystem::create_directory(dir.path + "/b");
+  const std::string a = dir.write("in.bin", "A"), b = dir.write("b/in.x", "B"), e = dir.write("o.raw", "");
+  TestCommand command = build("-f " + p + " -i " + a + " --input " + b + " -o " + e);
+  EXPECT_EQ(echo, "Pattern binary: " + p + "\nPattern input 0: " + a + "\nPattern input 1: " + b +
+                  "\nPattern golden 0: " + e + "\n");
+  EXPECT_EQ(command.subCommands[0].inputs, (std::map<std::string, Bytes>{{"in", {'A'}}}));
+  EXPECT_EQ(command.subCommands[0].goldens, (std::map<std::string, Bytes>{{"o", {}}}));
+  TestCommand withCase = build("-f " + p + " -t 4 -b 50 -i " + dir.write("GI_65540.bin", "mine"));
+  EXPECT_TRUE(withCase.subCommands[0].nodeOptions.empty() && boostOf(withCase, 1) == 50);
+  EXPECT_EQ(withCase.subCommands[1].inputs.at("GI_65540").size(), 11235u);
+}
+
+TEST_F(TestCommandTest, BadLinesEndTheProcessWithTheirMessage) {
+  const std::string none = dir.path + "/none", open = "Error: cannot open file ";
+  const std::string lines[][3] = {
+      {"-i " + none, "", "No pattern binary found, set pattern binary first!\n"},
+      {"-l 64", "", "Invalid group loop count: 64. Maximum is 64\n"},
+      {"-f ", "prog: option requires an argument -- '102'\n", ""},
+      {"-f " + p + " --input", "Pattern binary: " + p + "\nprog: option requires an argument -- '105'\n", ""},
+      {"-h", "", "Unknown option: 63\n"},
+      {"--p x", "", "Unknown option: 63\n"},
+      {"-f  " + p, "Pattern binary: \n", open + "\n"},
+      {"-f " + dir.path, "Pattern binary: " + dir.path + "\n", open + dir.path + "\n"},
+      {"-f " + p + " -o " + none, "Pattern binary: " + p + "\nPattern golden 0: " + none + "\n", open + none + "\n"},
+  };
+  for (const auto& c : lines) {
+    ChildResult result = runInChild([&] { TestCommand("prog", c[0]); });
+    EXPECT_TRUE(result.status == 1 && result.out == c[1] && result.err == c[2]) << c[0] << "\n" << result.out << result.err;
+  }
+}
+
+TEST_F(TestCommandTest, ReadDataReadsEveryByteWhateverTheReportedSize) {
+  std::string big(3 << 20, '\0');
+  for (std::size_t i = 0; i < big.size(); ++i) big[i] = static_cast<char>(i * 7919 >> 3);
+  EXPECT_EQ(readData(dir.write("big", big)), big);
+  EXPECT_EQ(readData(dir.write("empty", "")), "");
+  EXPECT_EQ(readData("/proc/self/cmdline"), slurp("/proc/self/cmdline"));  // reports size 0
+  const std::string fifo = dir.path + "/fifo";  // reports no size at all
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  std::thread writer([&] { std::ofstream(fifo, std::ios::binary) << big; });
+  EXPECT_EQ(readData(fifo), big);
+  writer.join();
+}
+
+TEST(ReadArgNameTest, BaseNameWithoutLastExtension) {
+  const char* cases[][2] = {{"/d/tmp/GI_65540.bin", "GI_65540"}, {"a.b.c", "a.b"}, {"dir.d/out", "out"},
+                            {".bin", ""}, {"dir/", ""}, {"noext", "noext"}};
+  for (const auto& c : cases) EXPECT_EQ(TesterSetting::TestCommand::readArgName(c[0]), c[1]) << c[0];
+}
+
+}  // namespace
+}  // namespace kesh::settings::testing
