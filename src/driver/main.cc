@@ -1,0 +1,6 @@
+#include "driver/pattern_tester.h"
+
+int main(int argc, char** argv) {
+  PatternTester tester;
+  return tester.run(argc, argv);
+}

@@ -1,0 +1,22 @@
+#include "driver/timing_report.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+namespace {
+
+TEST(TimingReport, FourLinesInFixedOrderWithUnitsOnTimesOnlyAndFullRangeValues) {
+  NodeTiming timing;
+  timing.ipTime = INT64_MIN;
+  timing.driverTime = 7;
+  timing.startTimestamp = -5;
+  timing.endTimestamp = INT64_MAX;
+  EXPECT_EQ(formatTimingLines(3, timing),
+            "    IP time of sub-command 3: -9223372036854775808 us\n"
+            "    Driver time of sub-command 3: 7 us\n"
+            "    Timestamp start of sub-command 3: -5\n"
+            "    Timestamp end of sub-command 3: 9223372036854775807\n");
+}
+
+}  // namespace
