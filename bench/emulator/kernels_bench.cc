@@ -7,16 +7,14 @@
 #include <random>
 #include <vector>
 
-#include "format/format_defs.h"
 #include "kernels/conv2d.h"
 #include "kernels/matmul.h"
 
 namespace {
 
-using kesh::kernels::Conv2DParams;
-using kesh::kernels::MatMulParams;
-
-constexpr uint32_t kWidth = 1920, kHeight = 1080;
+constexpr uint32_t kWidth = 1920, kHeight = 1080;  // conv2d 3x3 over a u8 plane
+constexpr uint32_t kM = 256, kK = 1024, kN = 256;  // int8 matmul
+constexpr int64_t kMatMulBytes = int64_t{kM} * kK + int64_t{kK} * kN + int64_t{kM} * kN;  // touched once each
 
 std::vector<uint8_t> randomBytes(size_t count, uint32_t seed) {
   std::mt19937 rng(seed);
@@ -25,82 +23,43 @@ std::vector<uint8_t> randomBytes(size_t count, uint32_t seed) {
   return bytes;
 }
 
-// Bytes a product touches once: both operands and the result.
-int64_t matMulBytes(int64_t m, int64_t k, int64_t n) { return m * k + k * n + m * n; }
+template <typename Body>
+void measure(benchmark::State& state, int64_t bytes, const std::vector<uint8_t>& out, Body body) {
+  for (auto _ : state) {
+    body();
+    benchmark::DoNotOptimize(out.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(state.iterations() * bytes);
+}
 
 void BM_Memcpy(benchmark::State& state) {
   const size_t bytes = static_cast<size_t>(state.range(0));
   const std::vector<uint8_t> src = randomBytes(bytes, 1);
   std::vector<uint8_t> dst(bytes);
-  for (auto _ : state) {
-    std::memcpy(dst.data(), src.data(), bytes);
-    benchmark::DoNotOptimize(dst.data());
-    benchmark::ClobberMemory();
-  }
-  state.SetBytesProcessed(state.iterations() * state.range(0));
+  measure(state, state.range(0), dst, [&] { std::memcpy(dst.data(), src.data(), bytes); });
 }
-BENCHMARK(BM_Memcpy)
-    ->Arg(int64_t{kWidth} * kHeight)
-    ->Arg(matMulBytes(256, 1024, 256))
-    ->Arg(matMulBytes(1024, 4096, 1));
+BENCHMARK(BM_Memcpy)->Arg(int64_t{kWidth} * kHeight)->Arg(kMatMulBytes);
 
-// A separable-looking smoothing kernel: small positive weights, shift 8.
-void BM_Conv2D(benchmark::State& state) {
-  const uint32_t k = static_cast<uint32_t>(state.range(0));
+// A smoothing kernel: small positive weights, shift 8.
+void BM_Conv2D3x3(benchmark::State& state) {
   const std::vector<uint8_t> src = randomBytes(size_t{kWidth} * kHeight, 2);
-  std::vector<uint8_t> dst(src.size());
-  std::vector<uint8_t> weights;
-  for (uint32_t i = 0; i < k * k; ++i) {
-    weights.push_back(static_cast<uint8_t>(1 + i % 7));
-    weights.push_back(0);
-  }
-  Conv2DParams p;
-  p.dst = dst.data();
-  p.dstStride = kWidth;
-  p.src = src.data();
-  p.srcStride = kWidth;
-  p.width = kWidth;
-  p.height = kHeight;
-  p.rowEnd = kHeight;
-  p.weights = weights.data();
-  p.k = k;
-  p.shift = 8;
-  p.bias = -3;
-  for (auto _ : state) {
-    kesh::kernels::conv2d(p);
-    benchmark::DoNotOptimize(dst.data());
-    benchmark::ClobberMemory();
-  }
-  state.SetBytesProcessed(state.iterations() * int64_t{kWidth} * kHeight);
+  std::vector<uint8_t> dst(src.size()), weights = {1, 0, 2, 0, 1, 0, 2, 0, 4, 0, 2, 0, 1, 0, 2, 0, 1, 0};
+  const kesh::kernels::Conv2DParams p{dst.data(), kWidth, src.data(), kWidth, kWidth, kHeight, 0, kHeight,
+                                      weights.data(), 3, 8, -3};
+  measure(state, int64_t{kWidth} * kHeight, dst, [&] { kesh::kernels::conv2d(p); });
 }
-BENCHMARK(BM_Conv2D)->Arg(3)->Arg(5)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Conv2D3x3)->Unit(benchmark::kMillisecond);
 
-void BM_MatMul(benchmark::State& state) {
-  const uint32_t m = static_cast<uint32_t>(state.range(0)), k = static_cast<uint32_t>(state.range(1)),
-                 n = static_cast<uint32_t>(state.range(2));
-  const std::vector<uint8_t> a = randomBytes(size_t{m} * k, 3), b = randomBytes(size_t{k} * n, 4);
-  const std::vector<uint8_t> bias = randomBytes(size_t{n} * 4, 5);
-  std::vector<uint8_t> c(size_t{m} * n);
-  MatMulParams p;
-  p.dst = c.data();
-  p.a = a.data();
-  p.b = b.data();
-  p.bias = bias.data();
-  p.m = m;
-  p.k = k;
-  p.n = n;
-  p.multiplier = 1 << 30;
-  p.shift = 40;
-  p.zeroPoint = 3;
-  p.outType = kesh::format::DType::kI8;
-  for (auto _ : state) {
-    kesh::kernels::matmul(p);
-    benchmark::DoNotOptimize(c.data());
-    benchmark::ClobberMemory();
-  }
-  state.SetBytesProcessed(state.iterations() * matMulBytes(m, k, n));
+void BM_MatMulInt8(benchmark::State& state) {
+  const std::vector<uint8_t> a = randomBytes(size_t{kM} * kK, 3), b = randomBytes(size_t{kK} * kN, 4);
+  const std::vector<uint8_t> bias = randomBytes(size_t{kN} * 4, 5);
+  std::vector<uint8_t> c(size_t{kM} * kN);
+  const kesh::kernels::MatMulParams p{c.data(), a.data(), b.data(), bias.data(), kM, kK, kN, 1 << 30, 40, 3,
+                                      kesh::format::DType::kI8};
+  measure(state, kMatMulBytes, c, [&] { kesh::kernels::matmul(p); });
 }
-BENCHMARK(BM_MatMul)->Args({256, 1024, 256})->Args({1024, 4096, 1})->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MatMulInt8)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

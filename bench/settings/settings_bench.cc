@@ -1,12 +1,12 @@
 // readData against a plain read() loop of the same file, and the cost of
-// building command sets from a command file as it grows.
+// building command sets from a command file (1,000 and 10,000 lines: the
+// time per line stays flat when the growth is linear).
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <benchmark/benchmark.h>
 
-#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -38,45 +38,24 @@ const std::string& dataFile(int which) {
   return which == 0 ? big : caseFile;
 }
 
-// read() calls filling one fresh buffer of the file's size.
-// `allocate(size)` provides the buffer.
-template <typename Allocate>
-std::size_t plainRead(const std::string& path, Allocate allocate) {
-  const int fd = open(path.c_str(), O_RDONLY);
-  struct stat info;
-  fstat(fd, &info);
-  const std::size_t size = static_cast<std::size_t>(info.st_size);
-  uint8_t* buffer = allocate(size);
-  std::size_t filled = 0;
-  for (ssize_t got; filled < size && (got = read(fd, buffer + filled, size - filled)) > 0;) {
-    filled += static_cast<std::size_t>(got);
-  }
-  close(fd);
-  return filled;
-}
-
-// Baseline with the same result type as readData: a byte vector, which
-// clears its memory before read() fills it.
-void BM_PlainReadVector(benchmark::State& state) {
+// The baseline: read() calls filling one uninitialised buffer of the file's size.
+void BM_PlainRead(benchmark::State& state) {
   const std::string& path = dataFile(static_cast<int>(state.range(0)));
   for (auto _ : state) {
-    std::vector<uint8_t> buffer;
-    plainRead(path, [&](std::size_t size) { buffer.resize(size); return buffer.data(); });
-    benchmark::DoNotOptimize(buffer.data());
-  }
-}
-BENCHMARK(BM_PlainReadVector)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
-
-// The floor: an uninitialised buffer, written only by read().
-void BM_PlainReadRaw(benchmark::State& state) {
-  const std::string& path = dataFile(static_cast<int>(state.range(0)));
-  for (auto _ : state) {
-    std::unique_ptr<uint8_t[]> buffer;
-    plainRead(path, [&](std::size_t size) { buffer.reset(new uint8_t[size]); return buffer.get(); });
+    const int fd = open(path.c_str(), O_RDONLY);
+    struct stat info;
+    fstat(fd, &info);
+    const auto size = static_cast<std::size_t>(info.st_size);
+    std::unique_ptr<uint8_t[]> buffer(new uint8_t[size]);
+    std::size_t filled = 0;
+    for (ssize_t got; filled < size && (got = read(fd, buffer.get() + filled, size - filled)) > 0;) {
+      filled += static_cast<std::size_t>(got);
+    }
+    close(fd);
     benchmark::DoNotOptimize(buffer.get());
   }
 }
-BENCHMARK(BM_PlainReadRaw)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PlainRead)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 void BM_ReadData(benchmark::State& state) {
   const std::string& path = dataFile(static_cast<int>(state.range(0)));
@@ -110,7 +89,7 @@ void BM_CommandFile(benchmark::State& state) {
                                                   benchmark::Counter::kIsIterationInvariantRate |
                                                       benchmark::Counter::kInvert);
 }
-BENCHMARK(BM_CommandFile)->Arg(1000)->Arg(5000)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CommandFile)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "kernels/int_math.h"
-#include "kernels/le_bytes.h"
+#include "format/le_bytes.h"
 
 namespace kesh::kernels {
 namespace {
@@ -102,7 +102,7 @@ void convolveRows(const Conv2DParams& p, const int32_t* w, const Finish& f) {
 template <int K>
 void convolve(const Conv2DParams& p) {
   int32_t w[K * K];
-  for (int i = 0; i < K * K; ++i) w[i] = loadLe<int16_t>(p.weights + 2 * i);
+  for (int i = 0; i < K * K; ++i) w[i] = static_cast<int16_t>(format::loadLe16(p.weights + 2 * i));
   const Finish f = makeFinish(p, w, K * K);
   if (f.fits32) {
     convolveRows<K, true>(p, w, f);

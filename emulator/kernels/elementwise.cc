@@ -5,7 +5,7 @@
 #include <type_traits>
 
 #include "kernels/int_math.h"
-#include "kernels/le_bytes.h"
+#include "format/le_bytes.h"
 
 namespace kesh::kernels {
 namespace {
@@ -42,11 +42,26 @@ uint32_t shiftImm(int32_t imm, uint32_t cap) {
   return std::min(static_cast<uint32_t>(imm), cap);
 }
 
+// Element T at `p`, little-endian at any alignment.
+template <typename T>
+T loadElement(const uint8_t* p) {
+  if constexpr (sizeof(T) == 1) return static_cast<T>(*p);
+  else if constexpr (sizeof(T) == 2) return static_cast<T>(format::loadLe16(p));
+  else return static_cast<T>(format::loadLe32(p));
+}
+
+template <typename T>
+void storeElement(uint8_t* p, T v) {
+  if constexpr (sizeof(T) == 1) *p = static_cast<uint8_t>(v);
+  else if constexpr (sizeof(T) == 2) format::storeLe16(p, static_cast<uint16_t>(v));
+  else format::storeLe32(p, static_cast<uint32_t>(v));
+}
+
 template <typename T, typename Fn>
 void mapUnary(uint8_t* dst, const uint8_t* src, size_t count, Fn fn) {
   for (size_t i = 0; i < count; ++i) {
     const size_t at = i * sizeof(T);
-    storeLe<T>(dst + at, fn(loadLe<T>(src + at)));
+    storeElement<T>(dst + at, fn(loadElement<T>(src + at)));
   }
 }
 
@@ -54,7 +69,7 @@ template <typename T, typename Fn>
 void mapBinary(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t count, Fn fn) {
   for (size_t i = 0; i < count; ++i) {
     const size_t at = i * sizeof(T);
-    storeLe<T>(dst + at, fn(loadLe<T>(a + at), loadLe<T>(b + at)));
+    storeElement<T>(dst + at, fn(loadElement<T>(a + at), loadElement<T>(b + at)));
   }
 }
 

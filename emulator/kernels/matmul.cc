@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "kernels/int_math.h"
-#include "kernels/le_bytes.h"
+#include "format/le_bytes.h"
 
 namespace kesh::kernels {
 namespace {
@@ -26,6 +26,7 @@ struct Requant {
 
 template <typename Out>
 Out requantise(int64_t sum, const Requant& q) {
+  static_assert(sizeof(Out) == 1, "outputs are single bytes (u8 or i8)");
   const int64_t acc = saturate<int32_t>(sum);
   // |acc * multiplier| <= 2^62 and the rounding term adds at most 2^61.
   const int64_t scaled = roundingShift<int64_t>(acc * q.multiplier, q.shift);
@@ -33,7 +34,7 @@ Out requantise(int64_t sum, const Requant& q) {
 }
 
 int64_t biasAt(const uint8_t* bias, size_t j) {
-  return bias == nullptr ? 0 : loadLe<int32_t>(bias + 4 * j);
+  return bias == nullptr ? 0 : static_cast<int32_t>(format::loadLe32(bias + 4 * j));
 }
 
 int64_t dot(const int8_t* x, const int8_t* y, size_t length) {
@@ -66,7 +67,7 @@ void narrowProduct(const MatMulParams& p, const Requant& q) {
   for (size_t i = 0; i < p.m; ++i) {
     for (size_t j = 0; j < N; ++j) {
       const int64_t sum = biasAt(p.bias, j) + dot(a + i * K, b + j * K, K);
-      storeLe<Out>(p.dst + (i * N + j) * sizeof(Out), requantise<Out>(sum, q));
+      p.dst[i * N + j] = static_cast<uint8_t>(requantise<Out>(sum, q));
     }
   }
 }
@@ -119,8 +120,8 @@ void wideProduct(const MatMulParams& p, const Requant& q) {
       accumulateBlock(block.data(), aRow, b, begin, end, N);
       for (size_t j = 0; j < N; ++j) total[j] += block[j];
     }
-    uint8_t* out = p.dst + i * N * sizeof(Out);
-    for (size_t j = 0; j < N; ++j) storeLe<Out>(out + j * sizeof(Out), requantise<Out>(total[j], q));
+    uint8_t* out = p.dst + i * N;
+    for (size_t j = 0; j < N; ++j) out[j] = static_cast<uint8_t>(requantise<Out>(total[j], q));
   }
 }
 

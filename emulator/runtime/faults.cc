@@ -25,10 +25,10 @@ FaultPlan& FaultPlan::instance() {
   return *plan;
 }
 
-FaultPlan::FaultPlan(const char* spec) {
+FaultPlan::FaultPlan(const char* settings) {
   for (auto& count : calls_) count.store(0, std::memory_order_relaxed);
-  if (spec == nullptr) return;
-  std::string all(spec);
+  if (settings == nullptr) return;
+  std::string all(settings);
   size_t begin = 0;
   while (begin <= all.size()) {
     size_t end = all.find(',', begin);

@@ -21,7 +21,7 @@ class FaultPlan {
   static FaultPlan& instance();
 
   /// Parses a KESH_EMU_FAIL value (null or empty: nothing fails).
-  explicit FaultPlan(const char* spec);
+  explicit FaultPlan(const char* settings);
 
   /// Counts one call of `fn`; true if this call is to fail.
   bool countCall(Fn fn);

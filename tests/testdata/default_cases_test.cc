@@ -73,24 +73,22 @@ TEST(SetupDefaultTest, EveryCaseCopiesItsCatalogueDataFromTheCommittedFiles) {
   }
 }
 
+// Which data a case's pattern leaves alone, and which cases share what.
 TEST(SetupDefaultTest, CatalogueRelationsHold) {
   std::vector<TestSubCommand> cases;
   for (int number = 0; number <= 5; ++number) cases.push_back(defaultCase(number));
-  EXPECT_TRUE(cases[0].patternBinary == cases[1].patternBinary);
-  EXPECT_TRUE(cases[2].patternBinary != cases[0].patternBinary && cases[3].patternBinary != cases[0].patternBinary &&
-              cases[3].patternBinary != cases[2].patternBinary);
+  EXPECT_TRUE(cases[0].patternBinary == cases[1].patternBinary && cases[2].patternBinary != cases[0].patternBinary &&
+              cases[3].patternBinary != cases[0].patternBinary && cases[3].patternBinary != cases[2].patternBinary);
   for (int number = 1; number <= 3; ++number) {
     EXPECT_TRUE(cases[number].inputs == cases[0].inputs && cases[number].goldens == cases[0].goldens) << number;
   }
-  const TestSubCommand& mlp = cases[0];
-  EXPECT_TRUE(mlp.goldens.at("auto_buf_name_0") == mlp.inputs.at("auto_buf_name_0"));
-  EXPECT_TRUE(mlp.goldens.at("auto_buf_name_1") == mlp.inputs.at("auto_buf_name_1"));
-  EXPECT_TRUE(allZero(mlp.inputs.at("auto_buf_name_2")));
-  EXPECT_FALSE(allZero(mlp.goldens.at("auto_buf_name_2")));
-  const TestSubCommand& image = cases[5];
-  EXPECT_TRUE(image.goldens.at("GI_65542") == image.inputs.at("GI_65542"));
-  EXPECT_TRUE(allZero(image.inputs.at("GO_65548")));
-  EXPECT_FALSE(allZero(image.goldens.at("GO_65548")));
+  const auto& [mlpIn, mlpOut] = std::pair(cases[0].inputs, cases[0].goldens);
+  EXPECT_TRUE(mlpOut.at("auto_buf_name_0") == mlpIn.at("auto_buf_name_0") &&
+              mlpOut.at("auto_buf_name_1") == mlpIn.at("auto_buf_name_1"));
+  EXPECT_TRUE(allZero(mlpIn.at("auto_buf_name_2")) && !allZero(mlpOut.at("auto_buf_name_2")));
+  const auto& [imageIn, imageOut] = std::pair(cases[5].inputs, cases[5].goldens);
+  EXPECT_TRUE(imageOut.at("GI_65542") == imageIn.at("GI_65542"));
+  EXPECT_TRUE(allZero(imageIn.at("GO_65548")) && !allZero(imageOut.at("GO_65548")));
   EXPECT_FALSE(cases[4].goldens.at("GO_65544") == cases[4].inputs.at("GI_65540"));
 }
 

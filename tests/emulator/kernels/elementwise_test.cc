@@ -1,11 +1,11 @@
 #include "kernels/elementwise.h"
+#include "kernels/lut.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
 #include <string>
-#include <vector>
 
 #include "test_support.h"
 
@@ -14,8 +14,7 @@ namespace {
 
 using format::BinaryFunc;
 using format::UnaryFunc;
-using testing::clampTo;
-using testing::floorDivPow2;
+using namespace testing;  // NOLINT: the references' integer steps
 
 struct TypeInfo {
   format::DType type;
@@ -77,8 +76,8 @@ std::pair<std::vector<int64_t>, std::vector<int64_t>> operands(const TypeInfo& t
   for (int64_t a : edges) x.insert(x.end(), edges.size(), a);
   for (size_t i = 0; i < edges.size(); ++i) y.insert(y.end(), edges.begin(), edges.end());
   for (int i = 0; i < 200; ++i) {
-    x.push_back(testing::randomIn(rng, t.lo, t.hi));
-    y.push_back(testing::randomIn(rng, t.lo, t.hi));
+    x.push_back(randomIn(rng, t.lo, t.hi));
+    y.push_back(randomIn(rng, t.lo, t.hi));
   }
   return {x, y};
 }
@@ -86,10 +85,8 @@ std::pair<std::vector<int64_t>, std::vector<int64_t>> operands(const TypeInfo& t
 // One byte in, so wide elements are misaligned, and guard bytes after.
 std::vector<uint8_t> pack(const std::vector<int64_t>& values, const TypeInfo& t) {
   std::vector<uint8_t> bytes(1 + values.size() * t.size + 4, 0xA5);
-  for (size_t i = 0; i < values.size(); ++i) {
-    for (size_t b = 0; b < t.size; ++b) {
-      bytes[1 + i * t.size + b] = static_cast<uint8_t>(static_cast<uint64_t>(values[i]) >> (8 * b));
-    }
+  for (size_t i = 0; i < values.size() * t.size; ++i) {
+    bytes[1 + i] = static_cast<uint8_t>(static_cast<uint64_t>(values[i / t.size]) >> (8 * (i % t.size)));
   }
   return bytes;
 }
@@ -145,6 +142,20 @@ TEST(ElementwiseTest, BinaryMatchesReferenceOnEdgePairsAndRandomData) {
           "binary " + std::to_string(func) + " size " + std::to_string(t.size));
     }
   }
+}
+
+TEST(LutTest, EveryByteMapsThroughTheTableOutOfPlaceAndInPlace) {
+  std::mt19937 rng(41);
+  const std::vector<uint8_t> table = randomBytes(rng, 256);
+  std::vector<uint8_t> src = randomBytes(rng, 1001);
+  for (int v = 255; v >= 0; --v) src.push_back(static_cast<uint8_t>(v));
+  std::vector<uint8_t> expected(src.size() + 3, 0xEE), dst = expected, inPlace = src;
+  for (size_t i = 0; i < src.size(); ++i) expected[i] = table[src[i]];
+  lut(dst.data(), src.data(), src.size(), table.data());
+  lut(inPlace.data(), inPlace.data(), inPlace.size(), table.data());
+  inPlace.resize(dst.size(), 0xEE);
+  EXPECT_EQ(dst, expected);
+  EXPECT_EQ(inPlace, expected);
 }
 
 }  // namespace

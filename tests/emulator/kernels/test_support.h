@@ -1,4 +1,4 @@
-// Helpers of the kernel tests: deterministic random bytes and the exact
+// Helpers of the kernel tests: deterministic random data and the exact
 // integer steps the references are written with. Not thread-safe: each test
 // owns its generator.
 #ifndef KESH_TESTS_EMULATOR_KERNELS_TEST_SUPPORT_H_
@@ -29,9 +29,7 @@ inline int64_t floorDivPow2(int64_t v, unsigned s) {
 }
 
 // The rounding shift: (v + 2^(s-1)) / 2^s rounded down, or v when s is 0.
-inline int64_t roundShift(int64_t v, unsigned s) {
-  return s == 0 ? v : floorDivPow2(v + (int64_t{1} << (s - 1)), s);
-}
+inline int64_t roundShift(int64_t v, unsigned s) { return s == 0 ? v : floorDivPow2(v + (int64_t{1} << (s - 1)), s); }
 
 }  // namespace kesh::kernels::testing
 

@@ -1,36 +1,28 @@
-// Pattern binaries for the library's tests, built with the format writer,
-// and a few helpers that drive the C API the way the tool does.
+// Pattern binaries for the library's tests and benchmarks, built with the
+// format writer, and helpers that drive the C API the way the tool does.
+// Stateless; each helper is as thread-safe as the calls it makes.
 #ifndef KESH_TESTS_EMULATOR_RUNTIME_TEST_PATTERNS_H_
 #define KESH_TESTS_EMULATOR_RUNTIME_TEST_PATTERNS_H_
 
-#include <cstdint>
 #include <cstring>
-#include <initializer_list>
 #include <vector>
 
 #include "driver/kesh_pattern.h"
-#include "format/program.h"
 #include "format/writer.h"
+#include "sample_program.h"
 
 namespace kesh::runtime::testing {
 
 using format::Opcode;
+using format::testing::makeOp;
 
 inline uint32_t argRef(uint32_t position) { return format::bufferRef(format::Space::kArg, position); }
-
-inline format::Op op(Opcode opcode, std::initializer_list<uint32_t> params) {
-  format::Op result;
-  result.opcode = opcode;
-  size_t i = 0;
-  for (uint32_t value : params) result.p[i++] = value;
-  return result;
-}
 
 /// Arguments "in" (index 7) and "out" (index 3) of `size` bytes; out = in.
 inline std::vector<uint8_t> copyPattern(uint32_t size) {
   format::Program program;
   program.args = {{7, size, false, "in"}, {3, size, false, "out"}};
-  program.ops = {op(Opcode::kCopy, {argRef(1), 0, argRef(0), 0, size})};
+  program.ops = {makeOp(Opcode::kCopy, {argRef(1), 0, argRef(0), 0, size})};
   return format::encodePattern(program);
 }
 
@@ -40,11 +32,8 @@ inline std::vector<uint8_t> copyPattern(uint32_t size) {
 inline std::vector<uint8_t> scratchPattern(uint32_t size) {
   format::Program program;
   program.args = {{0, size, false, "in"}, {9, size, true, "scratch"}, {2, size, false, "out"}};
-  program.ops = {
-      op(Opcode::kBinary, {static_cast<uint32_t>(format::BinaryFunc::kAdd), 0, argRef(2), 0, argRef(0), 0,
-                           argRef(1), 0, size}),
-      op(Opcode::kFill, {argRef(1), 0, size, 0xFF}),
-  };
+  program.ops = {makeOp(Opcode::kBinary, {0, 0, argRef(2), 0, argRef(0), 0, argRef(1), 0, size}),  // add
+                 makeOp(Opcode::kFill, {argRef(1), 0, size, 0xFF})};
   return format::encodePattern(program);
 }
 
@@ -55,8 +44,8 @@ inline std::vector<uint8_t> convPattern(uint32_t width, uint32_t height) {
   program.args = {{0, width * height, false, "src"}, {1, width * height, false, "dst"}};
   program.constData.assign(50, 0);
   for (size_t i = 0; i < 25; ++i) program.constData[2 * i] = 1;
-  program.ops = {op(Opcode::kConv2D, {argRef(1), 0, width, argRef(0), 0, width, width, height, 0, height,
-                                      format::bufferRef(format::Space::kConst, 0), 0, 5, 5, 0})};
+  program.ops = {makeOp(Opcode::kConv2D, {argRef(1), 0, width, argRef(0), 0, width, width, height, 0, height,
+                                          format::testing::kConst, 0, 5, 5, 0})};
   return format::encodePattern(program);
 }
 
@@ -71,18 +60,29 @@ inline _kesh_mem* bindFilled(_kesh_player* player, _pattern_node_handle* node, u
   void* host = keshMapMem(mem);
   if (host == nullptr) return nullptr;
   std::memset(host, fill, size);
-  if (keshFlushMem(mem) != 0 || keshSetPatternNodeArg(node, index, mem, size) != 0 ||
-      keshUpdatePatternNode(node) != 0) {
-    return nullptr;
+  const bool bound = keshFlushMem(mem) == 0 && keshSetPatternNodeArg(node, index, mem, size) == 0 &&
+                     keshUpdatePatternNode(node) == 0;
+  return bound ? mem : nullptr;
+}
+
+/// A built graph of `count` nodes running `pattern` (packed if `pack`); the nodes are stored in *nodes.
+inline _pattern_graph* buildGraph(_kesh_player* player, _pattern* pattern, std::vector<_pattern_node_handle*>* nodes,
+                                  size_t count = 1, bool pack = false) {
+  _pattern_graph* graph = keshCreatePatternGraph(player, "tester_graph");
+  nodes->assign(count, nullptr);
+  for (auto& node : *nodes) {
+    if (keshAddPattern(graph, pattern, 0, 0, &node, "tester_pattern") != 0) return nullptr;
   }
-  return mem;
+  if (pack && keshSetPatternPack(graph, static_cast<uint32_t>(count), nodes->data()) != 0) return nullptr;
+  return keshBuildPatternGraph(graph) == 0 ? graph : nullptr;
 }
 
 /// A built graph of one node running `pattern`; the node is stored in *node.
 inline _pattern_graph* singleNodeGraph(_kesh_player* player, _pattern* pattern, _pattern_node_handle** node) {
-  _pattern_graph* graph = keshCreatePatternGraph(player, "tester_graph");
-  if (keshAddPattern(graph, pattern, 0, 0, node, "tester_pattern") != 0) return nullptr;
-  return keshBuildPatternGraph(graph) == 0 ? graph : nullptr;
+  std::vector<_pattern_node_handle*> nodes;
+  _pattern_graph* graph = buildGraph(player, pattern, &nodes);
+  *node = nodes.at(0);
+  return graph;
 }
 
 /// Plays `graph` and waits; the job's wait status, or -100 if play failed.
