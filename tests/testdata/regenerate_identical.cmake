@@ -1,9 +1,11 @@
 # Runs the generator into WORK_DIR and requires exactly the committed set of
 # files in EXPECTED_DIR, byte for byte.
-# Usage: cmake -DGENERATOR=... -DEXPECTED_DIR=... -DWORK_DIR=... -P regenerate_identical.cmake
+# Usage: cmake -DGENERATOR=... -DEXPECTED_DIR=... -DWORK_DIR=... [-DLAUNCHER="qemu-arm -L ..."]
+#        -P regenerate_identical.cmake
+separate_arguments(launcher UNIX_COMMAND "${LAUNCHER}")
 file(REMOVE_RECURSE "${WORK_DIR}")
 file(MAKE_DIRECTORY "${WORK_DIR}")
-execute_process(COMMAND "${GENERATOR}" "${WORK_DIR}" RESULT_VARIABLE status)
+execute_process(COMMAND ${launcher} "${GENERATOR}" "${WORK_DIR}" RESULT_VARIABLE status)
 if(NOT status EQUAL 0)
   message(FATAL_ERROR "the generator failed: ${status}")
 endif()

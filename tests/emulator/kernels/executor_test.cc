@@ -86,7 +86,6 @@ TEST(ExecutorTest, EveryOpcodeTakesItsOperandsFromTheRightParameters) {
 }
 
 TEST(ExecutorDeathTest, ProgramsThatWouldLeaveTheirBuffersStopTheProcess) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
   Program program;
   program.args = {{0, 8, false, "x"}};
   program.constData = std::vector<uint8_t>(8, 1);

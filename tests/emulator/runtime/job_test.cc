@@ -69,9 +69,15 @@ TEST_F(JobTest, UnpackedNodesRunInOrderAndPackedNodesTogether) {
   _pattern_job* job = played(3, &nodes);
   ASSERT_NE(job, nullptr);
   for (size_t i = 1; i < nodes.size(); ++i) EXPECT_GE(timing(job, nodes[i]).start, timing(job, nodes[i - 1]).end) << i;
-  ASSERT_NE(job = played(2, &nodes, true), nullptr);
-  const Timing a = timing(job, nodes[0]), b = timing(job, nodes[1]);
-  EXPECT_TRUE(a.start < b.end && b.start < a.end);
+  // Packed nodes are released together, so on two cores they overlap unless the
+  // host starves a worker; a loaded machine may do that once, never every time.
+  bool overlapped = false;
+  for (int attempt = 0; attempt < 10 && !overlapped; ++attempt) {
+    ASSERT_NE(job = played(2, &nodes, true), nullptr);
+    const Timing a = timing(job, nodes[0]), b = timing(job, nodes[1]);
+    overlapped = a.start < b.end && b.start < a.end;
+  }
+  EXPECT_TRUE(overlapped);
 }
 
 TEST_F(JobTest, HigherBoostRunsFirstOnABusyCore) {
