@@ -1,59 +1,50 @@
 #!/usr/bin/env bash
-# Times the golden comparison and the tool end to end; every figure is given
-# as a ratio against a baseline measured in the same run.
+# Times the golden comparison and the tool end to end; every figure is a ratio
+# against a baseline measured in the same run.
 # Usage: bench/driver/run_bench.sh [BUILD_DIR]   (an optimised build; default build/default)
 set -euo pipefail
-build=${1:-build/default}
-bin=$build/bin
+bin=${1:-build/default}/bin
 player=$bin/kesh_player
 for needed in "$player" "$bin/kesh_driver_bench" "$bin/kesh_driver_bench_data"; do
-  [ -x "$needed" ] || { echo "missing $needed: build the tree in $build first" >&2; exit 2; }
+  [ -x "$needed" ] || { echo "missing $needed: build the tree first" >&2; exit 2; }
 done
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 # Best of five wall-clock times of a command, in milliseconds; its output is dropped.
 best_ms() {
-  local best=""
+  local best=999999999 start ms
   for _ in 1 2 3 4 5; do
-    local start end
     start=$(date +%s%N)
     "$@" >/dev/null 2>&1 || true
-    end=$(date +%s%N)
-    local ms=$(((end - start) / 1000000))
-    if [ -z "$best" ] || [ "$ms" -lt "$best" ]; then best=$ms; fi
+    ms=$((($(date +%s%N) - start) / 1000000))
+    ((ms < best)) && best=$ms
   done
   echo "$best"
 }
-
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { if (b > 0) printf "%.2f", a / b; else print "n/a" }'; }
+# Median real time of a benchmark, in nanoseconds.
+median_ns() {
+  awk -F, -v name="\"$1_median\"" '$1 == name { t = $3; u = $5; gsub(/"/, "", u);
+    print t * (u == "ms" ? 1e6 : u == "us" ? 1e3 : u == "s" ? 1e9 : 1) }' "$work/bench.csv"
+}
 
 echo "== golden comparison (2 MB) =="
 "$bin/kesh_driver_bench" --benchmark_format=csv --benchmark_repetitions=5 \
   --benchmark_report_aggregates_only=true 2>/dev/null >"$work/bench.csv"
-# Median real time of each benchmark, in nanoseconds.
-median_ns() {
-  awk -F, -v name="\"$1_median\"" '$1 == name {
-    unit = $5; gsub(/"/, "", unit); t = $3;
-    if (unit == "us") t *= 1e3; else if (unit == "ms") t *= 1e6; else if (unit == "s") t *= 1e9;
-    print t }' "$work/bench.csv"
-}
-equal=$(median_ns BM_CompareGoldenEqual)
-memcmp=$(median_ns BM_MemcmpEqual)
-listing=$(median_ns BM_CompareGoldenFullMismatch)
-fwrite=$(median_ns BM_FwriteSameBytes)
-echo "compareGolden equal / memcmp:              $(ratio "$equal" "$memcmp")  (target <= 1.1; ${equal} ns vs ${memcmp} ns)"
-echo "full-mismatch listing / fwrite same bytes: $(ratio "$listing" "$fwrite")  (target <= 3; ${listing} ns vs ${fwrite} ns)"
+equal=$(median_ns BM_CompareGoldenEqual) memcmp=$(median_ns BM_MemcmpEqual)
+listing=$(median_ns BM_CompareGoldenFullMismatch) fwrite=$(median_ns BM_FwriteSameBytes)
+echo "compareGolden equal / memcmp:              $(ratio "$equal" "$memcmp")  (target <= 1.1; $equal ns vs $memcmp ns)"
+echo "full-mismatch listing / fwrite same bytes: $(ratio "$listing" "$fwrite")  (target <= 3; $listing ns vs $fwrite ns)"
 
 echo "== kesh_player -t 5 =="
-full=$(best_ms "$player" -t 5)
-parse=$(best_ms "$player" -t 5 -l 0)
-echo "whole run: ${full} ms; settings only (-l 0): ${parse} ms; ratio $(ratio "$full" "$parse")"
+full=$(best_ms "$player" -t 5) parse=$(best_ms "$player" -t 5 -l 0)
+echo "whole run: $full ms; settings only (-l 0): $parse ms; ratio $(ratio "$full" "$parse")"
 
 echo "== 63 compute-heavy jobs: one group vs 63 groups =="
 "$bin/kesh_driver_bench_data" "$work"
+"$player" --command "$work/one_group.txt" >/dev/null || { echo "the 63-job group did not pass" >&2; exit 1; }
 together=$(best_ms "$player" --command "$work/one_group.txt")
 apart=$(best_ms "$player" --command "$work/groups.txt")
-"$player" --command "$work/one_group.txt" >/dev/null || { echo "the 63-job group did not pass" >&2; exit 1; }
-echo "one group: ${together} ms; one group after another: ${apart} ms; speed-up $(ratio "$apart" "$together")" \
-     "(library cores: ${KESH_EMU_CORES:-$(nproc)})"
+echo "one group: $together ms; one group after another: $apart ms; speed-up $(ratio "$apart" "$together")" \
+  "(library cores: ${KESH_EMU_CORES:-$(nproc)})"

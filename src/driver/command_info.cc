@@ -170,8 +170,7 @@ bool CommandInfo::compareGolden(const std::vector<uint8_t>& result, const std::v
   if (size == 0 || std::memcmp(result.data(), golden.data(), size) == 0) return true;
   // The listing is formatted as text, so the stream's number base and flags
   // are never touched and stay as the caller left them.
-  std::cout << "Result does not match golden data.\nDiff:\n";
-  printDiffListing(std::cout, result.data(), golden.data(), size);
+  printDiffListing(std::cout, "Result does not match golden data.\nDiff:\n", result.data(), golden.data(), size);
   return false;
 }
 

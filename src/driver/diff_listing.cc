@@ -6,10 +6,12 @@
 
 namespace {
 
-// The text of two consecutive values ("h h " up to "hh hh "), padded to eight
-// characters: a listing line is eight fixed-size copies, each cursor step
-// being the pair's real length. No branch depends on the data, which keeps a
-// multi-megabyte listing within a small multiple of the cost of writing it.
+// The text of two consecutive values ("h h " up to "hh hh "), padded with
+// blanks to seven characters, and its length. Each pair is stored as all
+// eight bytes and the cursor steps by the length (plus one, past a padding
+// blank, at the end of a group of four): the next store overwrites the rest.
+// A line's eight steps are summed apart from its stores, so neither a branch
+// nor a long dependency chain depends on the data.
 struct PairText {
   char text[7];
   uint8_t length;
@@ -24,12 +26,20 @@ char* putValue(char* out, unsigned value) {
   return out;
 }
 
-// Two bytes read as one 16-bit word in the machine's own order; the table is
-// indexed the same way, so no byte order is assumed.
+// Two bytes read as one 16-bit word in the machine's own order: the table's index.
 inline uint16_t pairIndex(const uint8_t* bytes) {
   uint16_t index;
   std::memcpy(&index, bytes, sizeof(index));
   return index;
+}
+
+// The index of the `pair`-th byte pair of a 64-bit word loaded from memory.
+inline unsigned pairAt(uint64_t word, unsigned pair) {
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+  return static_cast<unsigned>(word >> (48 - 16 * pair)) & 0xffffu;
+#else
+  return static_cast<unsigned>(word >> (16 * pair)) & 0xffffu;
+#endif
 }
 
 struct PairTable {
@@ -39,6 +49,7 @@ struct PairTable {
       for (unsigned second = 0; second < 256; ++second) {
         const uint8_t bytes[2] = {static_cast<uint8_t>(first), static_cast<uint8_t>(second)};
         PairText& pair = pairs[pairIndex(bytes)];
+        std::memset(pair.text, ' ', sizeof(pair.text));
         char* end = putValue(putValue(pair.text, first), second);
         pair.length = static_cast<uint8_t>(end - pair.text);
       }
@@ -52,27 +63,22 @@ const PairTable& pairTable() {
   return table;
 }
 
-// The XOR of one line's 16 bytes, computed a word at a time into `line`.
-inline const uint8_t* lineDiff(const uint8_t* result, const uint8_t* golden, uint8_t* line) {
-  uint64_t r[2];
-  uint64_t g[2];
-  std::memcpy(r, result, sizeof(r));
-  std::memcpy(g, golden, sizeof(g));
-  r[0] ^= g[0];
-  r[1] ^= g[1];
-  std::memcpy(line, r, sizeof(r));
-  return line;
+// Lays out the eight values of `diff`, two groups of four, each closed by its
+// second blank; returns the end.
+inline char* putEight(char* out, const PairTable& table, uint64_t diff) {
+  const PairText& p0 = table.pairs[pairAt(diff, 0)];
+  const PairText& p1 = table.pairs[pairAt(diff, 1)];
+  const PairText& p2 = table.pairs[pairAt(diff, 2)];
+  const PairText& p3 = table.pairs[pairAt(diff, 3)];
+  const size_t at1 = p0.length;
+  const size_t at2 = at1 + p1.length + 1u;
+  const size_t at3 = at2 + p2.length;
+  std::memcpy(out, &p0, sizeof(PairText));
+  std::memcpy(out + at1, &p1, sizeof(PairText));
+  std::memcpy(out + at2, &p2, sizeof(PairText));
+  std::memcpy(out + at3, &p3, sizeof(PairText));
+  return out + at3 + p3.length + 1u;
 }
-
-inline char* putPair(char* out, const PairTable& table, const uint8_t* diff, size_t i) {
-  const PairText& pair = table.pairs[pairIndex(diff + i)];
-  std::memcpy(out, &pair, sizeof(pair));
-  return out + pair.length;
-}
-
-// Input bytes formatted per write to the sink: whole lines. Every write costs
-// a system call, so pieces are large; the text buffer stays near a megabyte.
-constexpr size_t kPieceBytes = 256 * 1024;
 
 }  // namespace
 
@@ -80,17 +86,13 @@ char* writeDiffListing(char* out, const uint8_t* result, const uint8_t* golden, 
   size_t k = 0;
   if (size >= 16) {
     const PairTable& table = pairTable();
-    uint8_t line[16];
     for (; k + 16 <= size; k += 16) {
-      const uint8_t* d = lineDiff(result + k, golden + k, line);
-      out = putPair(putPair(out, table, d, 0), table, d, 2);
-      *out++ = ' ';
-      out = putPair(putPair(out, table, d, 4), table, d, 6);
-      *out++ = ' ';
-      out = putPair(putPair(out, table, d, 8), table, d, 10);
-      *out++ = ' ';
-      out = putPair(putPair(out, table, d, 12), table, d, 14);
-      *out++ = '\n';
+      uint64_t r[2];
+      uint64_t g[2];
+      std::memcpy(r, result + k, sizeof(r));
+      std::memcpy(g, golden + k, sizeof(g));
+      out = putEight(putEight(out, table, r[0] ^ g[0]), table, r[1] ^ g[1]);
+      out[-1] = '\n';
     }
   }
   for (size_t column = 1; k < size; ++k, ++column) {
@@ -100,19 +102,13 @@ char* writeDiffListing(char* out, const uint8_t* result, const uint8_t* golden, 
   return out;
 }
 
-void appendDiffListing(std::string& text, const uint8_t* result, const uint8_t* golden, size_t size) {
-  const size_t start = text.size();
-  text.resize(start + diffListingCapacity(size));
-  char* end = writeDiffListing(&text[start], result, golden, size);
-  text.resize(static_cast<size_t>(end - text.data()));
-}
-
-void printDiffListing(std::ostream& sink, const uint8_t* result, const uint8_t* golden, size_t size) {
-  const size_t pieceBytes = size < kPieceBytes ? size : kPieceBytes;
-  std::unique_ptr<char[]> buffer(new char[diffListingCapacity(pieceBytes)]);
-  for (size_t done = 0; done < size; done += pieceBytes) {
-    const size_t count = size - done < pieceBytes ? size - done : pieceBytes;
-    const char* end = writeDiffListing(buffer.get(), result + done, golden + done, count);
-    sink.write(buffer.get(), end - buffer.get());
-  }
+void printDiffListing(std::ostream& sink, const std::string& header, const uint8_t* result,
+                      const uint8_t* golden, size_t size) {
+  // Left uninitialised: only the written part is sent. One write of the whole
+  // text costs one pass through the stream and the system, which piecewise
+  // writes of a multi-megabyte listing would pay many times over.
+  std::unique_ptr<char[]> text(new char[header.size() + diffListingCapacity(size)]);
+  std::memcpy(text.get(), header.data(), header.size());
+  const char* end = writeDiffListing(text.get() + header.size(), result, golden, size);
+  sink.write(text.get(), end - text.get());
 }

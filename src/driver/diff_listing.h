@@ -18,11 +18,9 @@ constexpr size_t diffListingCapacity(size_t size) { return size * 4 + 8; }
 /// `out` must hold diffListingCapacity(size) characters; returns the text's end.
 char* writeDiffListing(char* out, const uint8_t* result, const uint8_t* golden, size_t size);
 
-/// Appends the listing of writeDiffListing to `text`.
-void appendDiffListing(std::string& text, const uint8_t* result, const uint8_t* golden, size_t size);
-
-/// Writes the listing of writeDiffListing to `sink` in bounded pieces, so a
-/// listing of many megabytes needs no buffer of its size.
-void printDiffListing(std::ostream& sink, const uint8_t* result, const uint8_t* golden, size_t size);
+/// Writes `header` and then the listing of writeDiffListing to `sink` in one
+/// write, formatted first into one buffer of about four characters per byte.
+void printDiffListing(std::ostream& sink, const std::string& header, const uint8_t* result,
+                      const uint8_t* golden, size_t size);
 
 #endif  // KESH_DRIVER_DIFF_LISTING_H_

@@ -1,13 +1,15 @@
 #include "player_test.h"
 
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <sstream>
 
+#include "e2e_config.h"
 #include "test_patterns.h"
 
 namespace kesh::testing {
@@ -20,95 +22,41 @@ std::string readWhole(const std::string& path) {
   return text.str();
 }
 
-// Splits "a=1, b=\"x, y\", c=T2" into values, keeping quoted commas.
-std::vector<std::string> splitArgs(const std::string& text) {
-  std::vector<std::string> values;
-  std::string current;
-  bool quoted = false;
-  for (size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (quoted && c == '\\' && i + 1 < text.size()) {
-      current += c;
-      current += text[++i];
-      continue;
-    }
-    if (c == '"') quoted = !quoted;
-    if (!quoted && c == ',' && i + 1 < text.size() && text[i + 1] == ' ') {
-      values.push_back(current);
-      current.clear();
-      ++i;
-      continue;
-    }
-    current += c;
-  }
-  if (!current.empty()) values.push_back(current);
-  for (std::string& value : values) {
-    const size_t equals = value.find('=');
-    if (equals != std::string::npos && value[0] != '"') value = value.substr(equals + 1);
-  }
-  return values;
+std::string shellWord(const std::string& word) {
+  std::string out = "'";
+  for (char c : word) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return out + "'";
 }
 
-TraceCall parseLine(const std::string& line) {
-  TraceCall call;
-  const size_t open = line.find('(');
-  const size_t close = line.rfind(") = ");
-  if (open == std::string::npos || close == std::string::npos || close < open) {
-    call.name = line;
-    return call;
+// `text` with the number after `then`, in each line that has `first` before it, replaced by "#".
+std::string maskNumbers(std::string text, const std::string& first, const std::string& then) {
+  for (size_t at = text.find(first); at != std::string::npos; at = text.find(first, at + 1)) {
+    const size_t number = text.find(then, at) + then.size();
+    if (number < then.size() || number > text.find('\n', at)) continue;
+    text.replace(number, text.find_first_not_of("-0123456789", number) - number, "#");
   }
-  call.name = line.substr(0, open);
-  call.args = splitArgs(line.substr(open + 1, close - open - 1));
-  call.result = line.substr(close + 4);
-  const size_t note = call.result.find(" (");
-  if (note != std::string::npos) call.result.resize(note);
-  return call;
+  return text;
 }
 
 }  // namespace
 
-std::vector<TraceCall> parseTrace(const std::string& text) {
-  std::vector<TraceCall> calls;
+std::string linesWith(const std::string& text, const std::vector<std::string>& needles) {
   std::istringstream stream(text);
-  std::string line;
-  while (std::getline(stream, line)) {
-    if (!line.empty()) calls.push_back(parseLine(line));
-  }
-  return calls;
-}
-
-std::vector<std::string> callNames(const std::vector<TraceCall>& calls) {
-  std::vector<std::string> names;
-  for (const TraceCall& call : calls) names.push_back(call.name);
-  return names;
-}
-
-size_t countCalls(const std::vector<TraceCall>& calls, const std::string& name) {
-  return callsOf(calls, name).size();
-}
-
-std::vector<TraceCall> callsOf(const std::vector<TraceCall>& calls, const std::string& name) {
-  std::vector<TraceCall> found;
-  for (const TraceCall& call : calls) {
-    if (call.name == name) found.push_back(call);
+  std::string found;
+  for (std::string line; std::getline(stream, line);) {
+    for (const std::string& needle : needles) {
+      if (line.find(needle) != std::string::npos) {
+        found += line + "\n";
+        break;
+      }
+    }
   }
   return found;
 }
 
-std::string maskTimes(const std::string& text) {
-  static const std::regex timing(
-      "(    (IP time|Driver time|Timestamp start|Timestamp end) of sub-command [0-9]+: )-?[0-9]+");
-  return std::regex_replace(text, timing, "$1#");
-}
-
-std::vector<std::string> linesStartingWith(const std::string& text, const std::string& prefix) {
-  std::vector<std::string> found;
-  std::istringstream stream(text);
-  std::string line;
-  while (std::getline(stream, line)) {
-    if (line.compare(0, prefix.size(), prefix) == 0) found.push_back(line);
-  }
-  return found;
+size_t countLines(const std::string& text, const std::string& needle) {
+  const std::string lines = linesWith(text, {needle});
+  return static_cast<size_t>(std::count(lines.begin(), lines.end(), '\n'));
 }
 
 void PlayerTest::SetUp() {
@@ -134,27 +82,31 @@ void PlayerTest::writeText(const std::string& name, const std::string& text) {
   writeFile(name, std::vector<uint8_t>(text.begin(), text.end()));
 }
 
-void PlayerTest::writeCopyCase(uint32_t size, const std::vector<size_t>& flips) {
+void PlayerTest::writeCopyCase(uint32_t size, const std::vector<size_t>& flips, const std::string& golden) {
   std::vector<uint8_t> input(size);
   for (uint32_t i = 0; i < size; ++i) input[i] = static_cast<uint8_t>(i * 7 + 3);
-  std::vector<uint8_t> golden = input;
-  for (size_t at : flips) golden.at(at) ^= 0x5a;
   writeFile("copy.bin", copyPattern(size));
   writeFile("in.bin", input);
-  writeFile("out.bin", golden);
+  for (size_t at : flips) input.at(at) ^= 0x5a;
+  writeFile(golden, input);
 }
 
-PlayerResult PlayerTest::run(const std::vector<std::string>& args, const EnvVars& env) {
-  return runPlayer(dir_, args, env);
-}
-
-PlayerResult PlayerTest::runTraced(const std::vector<std::string>& args, std::vector<TraceCall>& calls,
-                                   EnvVars env) {
-  const std::string tracePath = dir_ + "/trace.log";
-  std::filesystem::remove(tracePath);
-  env.emplace_back("KESH_EMU_TRACE", tracePath);
-  PlayerResult result = run(args, env);
-  calls = parseTrace(readWhole(tracePath));
+PlayerRun PlayerTest::run(const std::vector<std::string>& args, const std::string& failing) {
+  // Through the shell, which starts the launcher (if any) by name; the test's
+  // own library settings never leak into the tool.
+  std::string line = "cd " + shellWord(dir_) + " || exit 126; unset KESH_EMU_FAIL; KESH_EMU_TRACE=trace.log";
+  if (!failing.empty()) line += " KESH_EMU_FAIL=" + shellWord(failing);
+  for (const char* word : kLauncher) line += word != nullptr ? " " + shellWord(word) : "";
+  line += " " + shellWord(KESH_PLAYER_PATH);
+  for (const std::string& arg : args) line += " " + shellWord(arg);
+  line += " >stdout.log 2>stderr.log";
+  std::filesystem::remove(dir_ + "/trace.log");
+  const int status = std::system(line.c_str());
+  PlayerRun result;
+  result.status = status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  result.out = maskNumbers(readWhole(dir_ + "/stdout.log"), " of sub-command ", ": ");
+  result.err = readWhole(dir_ + "/stderr.log");
+  result.trace = maskNumbers(readWhole(dir_ + "/trace.log"), "kind=", "value=");
   return result;
 }
 
