@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "driver/command_info.h"
-#include "driver/fatal_error.h"
+#include "settings/fatal.h"
 #include "driver/kesh_pattern.h"
 
 namespace {
@@ -22,7 +22,7 @@ std::string runPrefix(int64_t run, int32_t loopCount) {
 }
 
 void destroyPlayer(_kesh_player*& player) {
-  if (keshDestroyPlayer(player) != 0) fatalError("Failed to destroy player");
+  if (keshDestroyPlayer(player) != 0) kesh::settings::fail("Failed to destroy player");
   player = nullptr;
 }
 
@@ -38,13 +38,13 @@ void startCommand(TesterSetting::TestCommand& command, _kesh_player* player, Rec
     std::cout << "Running command: " << command.commandLine << std::endl;
     records.push_back(std::make_shared<CommandInfo>(command, player));
     if (records.size() > kMaxJobsPerGroup) {
-      fatalError(
+      kesh::settings::fail(
           "Exceed maximum number of commands in one command group, make sure the command group size is less "
           "than 64");
     }
     CommandInfo& record = *records.back();
     if (keshPlayPatternGraph(record.player, record.graph, 0, &record.job) != 0) {
-      fatalError("Failed to play pattern");
+      kesh::settings::fail("Failed to play pattern");
     }
   }
 }
@@ -85,7 +85,7 @@ bool PatternTester::runAllCommand(TesterSetting& setting) {
   for (std::vector<TesterSetting::TestCommand>& group : setting.commandGroups) {
     if (!setting.sessionReused || player == nullptr) {
       player = keshCreatePlayer("KESH pattern tester");
-      if (player == nullptr) fatalError("Failed to create player");
+      if (player == nullptr) kesh::settings::fail("Failed to create player");
     }
     Records records;
     for (TesterSetting::TestCommand& command : group) startCommand(command, player, records);
