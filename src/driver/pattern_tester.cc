@@ -12,7 +12,8 @@
 
 namespace {
 
-// The library runs at most this many jobs of one player side by side.
+// A group holds at most this many execution instances: the most jobs one
+// player is asked to run side by side.
 constexpr size_t kMaxJobsPerGroup = 63;
 
 std::string runPrefix(int64_t run, int32_t loopCount) {
