@@ -12,6 +12,7 @@
 
 #include "driver/command_info.h"
 #include "driver/diff_listing.h"
+#include "random_bytes.h"
 
 #if defined(__GLIBCXX__)
 #include <ext/stdio_sync_filebuf.h>
@@ -21,15 +22,9 @@ namespace {
 
 constexpr size_t kBufferSize = 2 * 1024 * 1024;
 
-std::vector<uint8_t> pseudoRandomBytes(uint8_t mask) {
-  std::vector<uint8_t> bytes(kBufferSize);
-  uint32_t seed = 1;
-  for (uint8_t& byte : bytes) {
-    seed = seed * 1664525u + 1013904223u;
-    byte = static_cast<uint8_t>((seed >> 24) ^ mask);
-  }
-  return bytes;
-}
+// A result, a golden equal to it and one differing from it in every byte.
+const std::vector<uint8_t> kResult = kesh::bench::randomBytes(kBufferSize, 1), kEqual = kResult,
+                           kDiffering = kesh::bench::randomBytes(kBufferSize, 1, 0xff);
 
 // Standard output redirected to a file, as on a test farm; rewound before every write.
 FILE* rewoundSink() {
@@ -39,17 +34,13 @@ FILE* rewoundSink() {
 }
 
 void BM_CompareGoldenEqual(benchmark::State& state) {
-  const std::vector<uint8_t> result = pseudoRandomBytes(0);
-  const std::vector<uint8_t> golden = result;
-  for (auto _ : state) benchmark::DoNotOptimize(CommandInfo::compareGolden(result, golden));
+  for (auto _ : state) benchmark::DoNotOptimize(CommandInfo::compareGolden(kResult, kEqual));
 }
 BENCHMARK(BM_CompareGoldenEqual);
 
 void BM_MemcmpEqual(benchmark::State& state) {
-  const std::vector<uint8_t> result = pseudoRandomBytes(0);
-  const std::vector<uint8_t> golden = result;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(std::memcmp(result.data(), golden.data(), result.size()));
+    benchmark::DoNotOptimize(std::memcmp(kResult.data(), kEqual.data(), kResult.size()));
     benchmark::ClobberMemory();
   }
 }
@@ -57,14 +48,12 @@ BENCHMARK(BM_MemcmpEqual);
 
 #if defined(__GLIBCXX__)
 void BM_CompareGoldenFullMismatch(benchmark::State& state) {
-  const std::vector<uint8_t> result = pseudoRandomBytes(0);
-  const std::vector<uint8_t> golden = pseudoRandomBytes(0xff);
   // The same stdio-backed buffer that standard output uses, aimed at the sink.
   __gnu_cxx::stdio_sync_filebuf<char> buffer(rewoundSink());
   std::streambuf* saved = std::cout.rdbuf(&buffer);
   for (auto _ : state) {
     rewoundSink();
-    benchmark::DoNotOptimize(CommandInfo::compareGolden(result, golden));
+    benchmark::DoNotOptimize(CommandInfo::compareGolden(kResult, kDiffering));
     std::cout.flush();
   }
   std::cout.rdbuf(saved);
@@ -74,8 +63,8 @@ BENCHMARK(BM_CompareGoldenFullMismatch)->Unit(benchmark::kMillisecond);
 
 void BM_FwriteSameBytes(benchmark::State& state) {
   std::ostringstream listing;
-  printDiffListing(listing, "Result does not match golden data.\nDiff:\n", pseudoRandomBytes(0).data(),
-                   pseudoRandomBytes(0xff).data(), kBufferSize);
+  printDiffListing(listing, "Result does not match golden data.\nDiff:\n", kResult.data(), kDiffering.data(),
+                   kBufferSize);
   const std::string text = listing.str();
   for (auto _ : state) {
     FILE* file = rewoundSink();

@@ -4,24 +4,19 @@
 
 #include <cstdint>
 #include <cstring>
-#include <random>
 #include <vector>
 
 #include "kernels/conv2d.h"
 #include "kernels/matmul.h"
+#include "random_bytes.h"
 
 namespace {
+
+using kesh::bench::randomBytes;
 
 constexpr uint32_t kWidth = 1920, kHeight = 1080;  // conv2d 3x3 over a u8 plane
 constexpr uint32_t kM = 256, kK = 1024, kN = 256;  // int8 matmul
 constexpr int64_t kMatMulBytes = int64_t{kM} * kK + int64_t{kK} * kN + int64_t{kM} * kN;  // touched once each
-
-std::vector<uint8_t> randomBytes(size_t count, uint32_t seed) {
-  std::mt19937 rng(seed);
-  std::vector<uint8_t> bytes(count);
-  for (uint8_t& b : bytes) b = static_cast<uint8_t>(rng());
-  return bytes;
-}
 
 template <typename Body>
 void measure(benchmark::State& state, int64_t bytes, const std::vector<uint8_t>& out, Body body) {

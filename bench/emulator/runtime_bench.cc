@@ -1,15 +1,12 @@
 // Host library costs: the per-job overhead (play to wait of a trivial
-// pattern) next to a bare thread round trip, and 63 compute-heavy jobs in
-// flight. The number of cores is fixed per process (KESH_EMU_CORES);
-// runtime_scaling.sh runs this with 1 core and with all cores.
+// pattern, median) and 63 compute-heavy jobs in flight. The number of cores
+// is fixed per process (KESH_EMU_CORES); runtime_scaling.sh runs this with 1
+// core and with all cores.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <initializer_list>
-#include <mutex>
-#include <thread>
 #include <vector>
 
 #include "test_patterns.h"
@@ -27,57 +24,19 @@ _pattern_graph* boundGraph(_kesh_player* player, const std::vector<uint8_t>& bin
   return graph;
 }
 
-// Times `body` once per iteration and reports the median in microseconds.
-template <typename Body>
-void medianMicros(benchmark::State& state, Body body) {
+void BM_JobOverhead(benchmark::State& state) {
+  _kesh_player* player = keshCreatePlayer("bench");
+  _pattern_graph* graph = boundGraph(player, copyPattern(64), 64, {7, 3});
   std::vector<double> micros;
   for (auto _ : state) {
     const auto start = std::chrono::steady_clock::now();
-    body();
+    _pattern_job* job = nullptr;
+    playAndWait(player, graph, &job);
+    keshDestroyPatternJob(job);
     micros.push_back(std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count());
   }
   std::nth_element(micros.begin(), micros.begin() + micros.size() / 2, micros.end());
   state.counters["median_us"] = micros[micros.size() / 2];
-}
-
-// Baseline for the per-job overhead: the bare round trip to a waiting thread
-// and back (mutex + condition variable), which any play-then-wait must pay.
-void BM_ThreadRoundTripBaseline(benchmark::State& state) {
-  std::mutex mutex;
-  std::condition_variable wake;
-  int posted = 0, done = 0;
-  std::thread worker([&] {
-    std::unique_lock<std::mutex> lock(mutex);
-    for (;;) {
-      wake.wait(lock, [&] { return posted != done; });
-      if (posted < 0) return;
-      ++done;
-      wake.notify_all();
-    }
-  });
-  medianMicros(state, [&] {
-    std::unique_lock<std::mutex> lock(mutex);
-    ++posted;
-    wake.notify_all();
-    wake.wait(lock, [&] { return done == posted; });
-  });
-  {
-    std::lock_guard<std::mutex> lock(mutex);
-    posted = -1;  // tells the worker to stop
-  }
-  wake.notify_all();
-  worker.join();
-}
-BENCHMARK(BM_ThreadRoundTripBaseline);
-
-void BM_JobOverhead(benchmark::State& state) {
-  _kesh_player* player = keshCreatePlayer("bench");
-  _pattern_graph* graph = boundGraph(player, copyPattern(64), 64, {7, 3});
-  medianMicros(state, [&] {
-    _pattern_job* job = nullptr;
-    playAndWait(player, graph, &job);
-    keshDestroyPatternJob(job);
-  });
 }
 BENCHMARK(BM_JobOverhead);
 

@@ -10,46 +10,38 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
-#include <random>
 #include <string>
 
+#include "random_bytes.h"
 #include "settings/tester_setting.h"
 
 namespace {
 
-const std::string kScratch = "/tmp/kesh_settings_bench";
-
 std::string writeFile(const std::string& name, const std::string& content) {
-  const std::string path = kScratch + "_" + name;
+  const std::string path = "/tmp/kesh_settings_bench_" + name;
   std::ofstream(path, std::ios::binary) << content;
   return path;
 }
 
-std::string randomFile(std::size_t size) {
-  std::mt19937 engine(3);
-  std::string bytes(size, '\0');
-  for (char& byte : bytes) byte = static_cast<char>(engine());
-  return writeFile("random_" + std::to_string(size), bytes);
-}
-
-const std::string& dataFile(int which) {
-  static const std::string big = randomFile(std::size_t{64} << 20);
-  static const std::string caseFile = std::string(KESH_CASE_DATA_DIR) + "/case5_in_GI_65542.bin";
-  return which == 0 ? big : caseFile;
+// 0: 64 MB of random bytes; 1: the largest built-in case file (2 MB).
+std::string dataFile(int64_t which) {
+  if (which == 1) return std::string(KESH_CASE_DATA_DIR) + "/case5_in_GI_65542.bin";
+  const std::vector<uint8_t> bytes = kesh::bench::randomBytes(std::size_t{64} << 20, 3);
+  return writeFile("random_64M", std::string(bytes.begin(), bytes.end()));
 }
 
 // The baseline: read() calls filling one uninitialised buffer of the file's size.
 void BM_PlainRead(benchmark::State& state) {
-  const std::string& path = dataFile(static_cast<int>(state.range(0)));
+  const std::string path = dataFile(state.range(0));
   for (auto _ : state) {
     const int fd = open(path.c_str(), O_RDONLY);
     struct stat info;
     fstat(fd, &info);
     const auto size = static_cast<std::size_t>(info.st_size);
     std::unique_ptr<uint8_t[]> buffer(new uint8_t[size]);
-    std::size_t filled = 0;
-    for (ssize_t got; filled < size && (got = read(fd, buffer.get() + filled, size - filled)) > 0;) {
-      filled += static_cast<std::size_t>(got);
+    ssize_t got = 1;
+    for (std::size_t filled = 0; filled < size && got > 0; filled += got > 0 ? static_cast<std::size_t>(got) : 0) {
+      got = read(fd, buffer.get() + filled, size - filled);
     }
     close(fd);
     benchmark::DoNotOptimize(buffer.get());
@@ -58,7 +50,7 @@ void BM_PlainRead(benchmark::State& state) {
 BENCHMARK(BM_PlainRead)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 void BM_ReadData(benchmark::State& state) {
-  const std::string& path = dataFile(static_cast<int>(state.range(0)));
+  const std::string path = dataFile(state.range(0));
   for (auto _ : state) {
     std::vector<uint8_t> bytes = TesterSetting::TestCommand::readData(path.c_str());
     benchmark::DoNotOptimize(bytes.data());
@@ -84,7 +76,6 @@ void BM_CommandFile(benchmark::State& state) {
     benchmark::DoNotOptimize(commands.data());
   }
   std::cout.rdbuf(saved);
-  std::cout.clear();
   state.counters["per_line"] = benchmark::Counter(static_cast<double>(state.range(0)),
                                                   benchmark::Counter::kIsIterationInvariantRate |
                                                       benchmark::Counter::kInvert);

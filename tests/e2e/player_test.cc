@@ -44,12 +44,8 @@ std::string linesWith(const std::string& text, const std::vector<std::string>& n
   std::istringstream stream(text);
   std::string found;
   for (std::string line; std::getline(stream, line);) {
-    for (const std::string& needle : needles) {
-      if (line.find(needle) != std::string::npos) {
-        found += line + "\n";
-        break;
-      }
-    }
+    const auto in = [&](const std::string& needle) { return line.find(needle) != std::string::npos; };
+    if (std::any_of(needles.begin(), needles.end(), in)) found += line + "\n";
   }
   return found;
 }
@@ -60,10 +56,8 @@ size_t countLines(const std::string& text, const std::string& needle) {
 }
 
 void PlayerTest::SetUp() {
-  const char* tmp = std::getenv("TMPDIR");
-  std::string pattern = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/kesh_e2e_XXXXXX";
-  ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-  dir_ = pattern;
+  dir_ = (std::filesystem::temp_directory_path() / "kesh_e2e_XXXXXX").string();
+  ASSERT_NE(mkdtemp(dir_.data()), nullptr);
 }
 
 void PlayerTest::TearDown() {
@@ -102,12 +96,9 @@ PlayerRun PlayerTest::run(const std::vector<std::string>& args, const std::strin
   line += " >stdout.log 2>stderr.log";
   std::filesystem::remove(dir_ + "/trace.log");
   const int status = std::system(line.c_str());
-  PlayerRun result;
-  result.status = status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  result.out = maskNumbers(readWhole(dir_ + "/stdout.log"), " of sub-command ", ": ");
-  result.err = readWhole(dir_ + "/stderr.log");
-  result.trace = maskNumbers(readWhole(dir_ + "/trace.log"), "kind=", "value=");
-  return result;
+  return {status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1,
+          maskNumbers(readWhole(dir_ + "/stdout.log"), " of sub-command ", ": "), readWhole(dir_ + "/stderr.log"),
+          maskNumbers(readWhole(dir_ + "/trace.log"), "kind=", "value=")};
 }
 
 }  // namespace kesh::testing

@@ -29,6 +29,7 @@ struct TempDir {
   std::string path = (std::filesystem::temp_directory_path() / "kesh_settings_XXXXXX").string();
 };
 
+/// The whole content of `path`.
 inline std::string slurp(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return std::string(std::istreambuf_iterator<char>(in), {});

@@ -37,7 +37,6 @@ class TestCommandTest : public ::testing::Test {
 
 TEST(WordSplitTest, EverySingleBlankSeparatesNothingElseDoes) {
   using Words = std::vector<std::string>;
-  EXPECT_EQ(splitCommandWords("prog", ""), (Words{"prog"}));
   EXPECT_EQ(splitCommandWords("prog", " -f a  -b 5 "), (Words{"prog", "", "-f", "a", "", "-b", "5"}));
   EXPECT_EQ(splitCommandWords("prog", "a  "), (Words{"prog", "a", ""}));
   EXPECT_EQ(splitCommandWords("prog", "\"a b\"\t-x\r"), (Words{"prog", "\"a", "b\"\t-x\r"}));
@@ -94,9 +93,7 @@ TEST_F(TestCommandTest, BadLinesEndTheProcessWithTheirMessage) {
       {"-i " + none, "", "No pattern binary found, set pattern binary first!\n"},
       {"-l 64", "", "Invalid group loop count: 64. Maximum is 64\n"},
       {"-f ", "prog: option requires an argument -- '102'\n", ""},
-      {"-f " + p + " --input", "Pattern binary: " + p + "\nprog: option requires an argument -- '105'\n", ""},
       {"-h", "", "Unknown option: 63\n"},
-      {"--p x", "", "Unknown option: 63\n"},
       {"-f  " + p, "Pattern binary: \n", open + "\n"},
       {"-f " + dir.path, "Pattern binary: " + dir.path + "\n", open + dir.path + "\n"},
       {"-f " + p + " -o " + none, "Pattern binary: " + p + "\nPattern golden 0: " + none + "\n", open + none + "\n"},

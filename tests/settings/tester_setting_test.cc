@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <random>
 #include <set>
 
 #include "settings/tester_setting.h"
@@ -60,21 +59,13 @@ TEST_F(TesterSettingTest, CommandFilesInOrderEveryLineASetThenGroups) {
   EXPECT_EQ(echo, "Pattern binary: " + p + "\nSet soft limit to 4\nSet hard limit to 1\n");
 }
 
-TEST_F(TesterSettingTest, LargeAndJunkCommandFiles) {
+TEST_F(TesterSettingTest, LargeCommandFiles) {
   std::string content;
   for (int i = 0; i < 20000; ++i) content += "-g " + std::to_string(i) + "\n";
   content += "-g 7 " + std::string(4 << 20, 'x') + std::string(1 << 20, ' ') + "-l 9";
   std::vector<TesterSetting::TestCommand> commands = parse({}).readCommand("prog", dir.write("c", content).c_str());
   ASSERT_EQ(commands.size(), 20001u);
   EXPECT_TRUE(commands[19999].groupIndex == 19999 && commands[20000].groupLoopCount == 9);
-  std::mt19937 engine(11);
-  for (int round = 0; round < 20; ++round) {
-    std::string junk(1 << 16, '\0');
-    for (char& byte : junk) byte = static_cast<char>(engine());
-    ChildResult result = runInChild([&] { parse({"--command", dir.write("junk", junk)}, false); });
-    EXPECT_TRUE(result.status == 0 || result.status == 1) << result.status;
-    EXPECT_LE(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;  // one message at most
-  }
 }
 
 TEST_F(TesterSettingTest, FailuresEndTheProcessBeforeAnyHelp) {
@@ -84,7 +75,6 @@ TEST_F(TesterSettingTest, FailuresEndTheProcessBeforeAnyHelp) {
       {{"--command"}, {"prog: option requires an argument - '\x01\n"}, {""}},
       {{"-h", "--command", bad}, {"Pattern binary: " + p + "\n"}, {"Unknown option: 63\n"}},
       {{"-h", "--command", none}, {""}, {"Error: cannot open file " + none + "\n"}},
-      {{"-h", "-f", none}, {"Pattern binary: " + none + "\n"}, {"Error: cannot open file " + none + "\n"}},
   };
   for (const auto& c : cases) {
     ChildResult result = runInChild([&] { parse(c[0], false).showHelp(); });

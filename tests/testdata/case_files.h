@@ -12,38 +12,28 @@
 
 namespace kesh::testdata {
 
+using Data = std::map<std::string, std::vector<uint8_t>>;
+
 /// The whole content of `path` (empty if it cannot be read).
 inline std::vector<uint8_t> readFileBytes(const std::filesystem::path& path) {
   std::ifstream in(path, std::ios::binary);
   return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-/// The data file of the datum named `symbol` ("case4_in_GI_65540").
-inline std::vector<uint8_t> readDatum(const std::string& symbol) {
-  return readFileBytes(std::filesystem::path(KESH_DEFAULT_CASES_DIR) / (symbol + ".bin"));
-}
-
-/// One case as its files hold it.
+/// One case as its files hold it: caseN_pattern, caseN_in_* and caseN_golden_*.
 struct CaseFiles {
-  std::vector<uint8_t> pattern;
-  std::map<std::string, std::vector<uint8_t>> inputs;
-  std::map<std::string, std::vector<uint8_t>> goldens;
-};
-
-/// Collects caseN_pattern, caseN_in_* and caseN_golden_* from the data folder.
-inline CaseFiles readCaseFiles(int caseNumber) {
-  const std::string prefix = "case" + std::to_string(caseNumber) + "_";
-  CaseFiles files;
-  files.pattern = readDatum(prefix + "pattern");
-  for (const auto& entry : std::filesystem::directory_iterator(KESH_DEFAULT_CASES_DIR)) {
-    const std::string stem = entry.path().stem().string();
-    if (stem.rfind(prefix + "in_", 0) == 0) files.inputs[stem.substr(prefix.size() + 3)] = readFileBytes(entry.path());
-    if (stem.rfind(prefix + "golden_", 0) == 0) {
-      files.goldens[stem.substr(prefix.size() + 7)] = readFileBytes(entry.path());
+  explicit CaseFiles(int caseNumber) {
+    const std::string prefix = "case" + std::to_string(caseNumber) + "_";
+    for (const auto& entry : std::filesystem::directory_iterator(KESH_DEFAULT_CASES_DIR)) {
+      const std::string stem = entry.path().stem().string();
+      if (stem == prefix + "pattern") pattern = readFileBytes(entry.path());
+      if (stem.rfind(prefix + "in_", 0) == 0) inputs[stem.substr(prefix.size() + 3)] = readFileBytes(entry.path());
+      if (stem.rfind(prefix + "golden_", 0) == 0) goldens[stem.substr(prefix.size() + 7)] = readFileBytes(entry.path());
     }
   }
-  return files;
-}
+  std::vector<uint8_t> pattern;
+  Data inputs, goldens;
+};
 
 }  // namespace kesh::testdata
 

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -18,103 +17,53 @@ namespace {
 
 struct Symbol {
   char type = '?';
-  uint64_t address = 0;
-  uint64_t size = 0;
+  unsigned long long address = 0, size = 0;
 };
 
 std::map<std::string, Symbol> readSymbols(const std::string& elfFile) {
   std::map<std::string, Symbol> symbols;
-  const std::string command = "nm -P -S --defined-only -t d '" + elfFile + "' 2>/dev/null";
-  std::FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return symbols;
-  char line[1024];
-  while (std::fgets(line, sizeof line, pipe) != nullptr) {
-    std::istringstream fields(line);
-    std::string name;
-    Symbol symbol;
-    if (fields >> name >> symbol.type >> symbol.address >> symbol.size) {
-      symbol.type = static_cast<char>(std::toupper(static_cast<unsigned char>(symbol.type)));
-      symbols[name] = symbol;
-    }
+  std::FILE* pipe = popen(("nm -P -S --defined-only -t d '" + elfFile + "' 2>/dev/null").c_str(), "r");
+  char line[1024], name[512];
+  Symbol symbol;
+  while (pipe != nullptr && std::fgets(line, sizeof line, pipe) != nullptr) {
+    if (std::sscanf(line, "%511s %c %llu %llu", name, &symbol.type, &symbol.address, &symbol.size) != 4) continue;
+    symbol.type = static_cast<char>(std::toupper(static_cast<unsigned char>(symbol.type)));
+    symbols[name] = symbol;
   }
-  pclose(pipe);
+  if (pipe != nullptr) pclose(pipe);
   return symbols;
 }
 
-uint64_t roundUp4(uint64_t size) { return (size + 3) / 4 * 4; }
-
-bool allZero(const std::vector<uint8_t>& bytes) {
-  return std::all_of(bytes.begin(), bytes.end(), [](uint8_t b) { return b == 0; });
-}
-
-/// Data-file stem -> content, for every committed datum.
-std::map<std::string, std::vector<uint8_t>> committedData() {
-  std::map<std::string, std::vector<uint8_t>> data;
-  for (const auto& entry : std::filesystem::directory_iterator(KESH_DEFAULT_CASES_DIR)) {
-    if (entry.path().extension() == ".bin") data[entry.path().stem().string()] = readFileBytes(entry.path());
-  }
-  return data;
-}
-
-std::vector<std::string> elfFilesToCheck() {
-  std::vector<std::string> files = {KESH_EMBEDDED_OBJECT};
+// Every committed datum is an array of its file's size, stored read-only and
+// followed by its 4-byte length word, unless it is all zero: then it takes no
+// file space.
+TEST(EmbeddedLayoutTest, EveryDatumIsItsFileFollowedByItsLengthWord) {
+  std::vector<std::string> elfFiles = {KESH_EMBEDDED_OBJECT};
 #ifdef KESH_PLAYER_BINARY
-  files.push_back(KESH_PLAYER_BINARY);
+  elfFiles.push_back(KESH_PLAYER_BINARY);
 #endif
-  return files;
-}
-
-class EmbeddedLayoutTest : public testing::TestWithParam<std::string> {
- protected:
-  void SetUp() override {
-    data_ = committedData();
-    symbols_ = readSymbols(GetParam());
-    ASSERT_EQ(data_.size(), 36u) << "the catalogue has 36 data";
-  }
-  std::map<std::string, std::vector<uint8_t>> data_;
-  std::map<std::string, Symbol> symbols_;
-};
-
-TEST_P(EmbeddedLayoutTest, EveryDatumIsAnArrayOfItsFileSizeFollowedByItsLengthWord) {
-  for (const auto& [name, bytes] : data_) {
-    SCOPED_TRACE(name);
-    ASSERT_TRUE(symbols_.count(name) && symbols_.count(name + "_len"));
-    const Symbol& array = symbols_.at(name);
-    const Symbol& length = symbols_.at(name + "_len");
-    EXPECT_EQ(array.size, bytes.size());
-    EXPECT_EQ(length.size, 4u);
-    EXPECT_EQ(length.type, 'R');
-    EXPECT_EQ(length.address % 4, 0u);
-    if (allZero(bytes)) {
-      EXPECT_EQ(array.type, 'B') << "zero data must take no file space";
-    } else {
-      EXPECT_EQ(array.type, 'R');
-      EXPECT_EQ(length.address, array.address + roundUp4(bytes.size()));
+  for (const std::string& elfFile : elfFiles) {
+    const std::map<std::string, Symbol> symbols = readSymbols(elfFile);
+    uint64_t storedBytes = 0, zeroBytes = 0, data = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(KESH_DEFAULT_CASES_DIR)) {
+      const std::string name = entry.path().stem().string();
+      SCOPED_TRACE(elfFile + ": " + name);
+      const std::vector<uint8_t> bytes = readFileBytes(entry.path());
+      ASSERT_TRUE(symbols.count(name) && symbols.count(name + "_len"));
+      const Symbol &array = symbols.at(name), &length = symbols.at(name + "_len");
+      const bool zero = std::all_of(bytes.begin(), bytes.end(), [](uint8_t b) { return b == 0; });
+      ++data;
+      (zero ? zeroBytes : storedBytes) += array.size;
+      EXPECT_EQ(array.size, bytes.size());
+      EXPECT_TRUE(length.size == 4 && length.type == 'R' && length.address % 4 == 0);
+      EXPECT_EQ(array.type, zero ? 'B' : 'R');
+      if (!zero) EXPECT_EQ(length.address, array.address + (bytes.size() + 3) / 4 * 4);
     }
+    EXPECT_EQ(data, 36u);
+    EXPECT_NEAR(static_cast<double>(storedBytes), 7.3e6, 0.1e6);
+    EXPECT_NEAR(static_cast<double>(zeroBytes), 2.1e6, 0.1e6);
   }
 }
-
-// Stored arrays and length words form one gap-free sequence, so the length
-// word of a zero datum stands where its array would have stood.
-TEST_P(EmbeddedLayoutTest, StoredDataFormOneSequenceOfAboutSevenMegabytes) {
-  std::vector<Symbol> stored;
-  uint64_t storedArrayBytes = 0;
-  uint64_t zeroArrayBytes = 0;
-  for (const auto& entry : data_) {
-    const Symbol& array = symbols_.at(entry.first);
-    (array.type == 'R' ? storedArrayBytes : zeroArrayBytes) += array.size;
-    if (array.type == 'R') stored.push_back(array);
-    stored.push_back(symbols_.at(entry.first + "_len"));
-  }
-  std::sort(stored.begin(), stored.end(), [](const Symbol& a, const Symbol& b) { return a.address < b.address; });
-  for (size_t i = 1; i < stored.size(); ++i) {
-    EXPECT_EQ(stored[i].address, roundUp4(stored[i - 1].address + stored[i - 1].size)) << "entry " << i;
-  }
-  EXPECT_NEAR(static_cast<double>(storedArrayBytes), 7.3e6, 0.1e6);
-  EXPECT_NEAR(static_cast<double>(zeroArrayBytes), 2.1e6, 0.1e6);
-}
-
-INSTANTIATE_TEST_SUITE_P(BuiltFiles, EmbeddedLayoutTest, testing::ValuesIn(elfFilesToCheck()));
 
 }  // namespace
 }  // namespace kesh::testdata
