@@ -47,11 +47,9 @@ TEST(MatMulTest, RandomOperandsMatchReferenceForEveryShapeAndRequantisation) {
   std::mt19937 rng(31);
   // Narrow outputs (N < 8) and wide ones take different paths; odd K leaves
   // remainders after any unrolling.
-  const std::vector<std::array<size_t, 3>> shapes = {{1, 1, 1}, {4, 9, 1},  {3, 5, 2},   {5, 7, 7},  {2, 3, 8},
-                                                     {6, 13, 9}, {7, 31, 17}, {33, 40, 1}, {9, 301, 33}};
-  const std::vector<Requant> requants = {{1, 0, 0},           {1 << 30, 38, -3}, {-(1 << 29), 36, 0},
-                                         {INT32_MAX, 62, 0},  {INT32_MIN, 62, -128}, {INT32_MIN, 31, 127},
-                                         {1518500250, 40, 17}, {3, 1, 0}};
+  const std::vector<std::array<size_t, 3>> shapes = {{1, 1, 1}, {4, 9, 1}, {5, 7, 7}, {2, 3, 8}, {7, 31, 17}, {9, 301, 33}};
+  const std::vector<Requant> requants = {{1, 0, 0}, {1 << 30, 38, -3}, {INT32_MAX, 62, 0}, {INT32_MIN, 62, -128},
+                                         {INT32_MIN, 31, 127}, {1518500250, 40, 17}};
   for (const auto& [M, K, N] : shapes) {
     const auto a = randomBytes(rng, M * K), b = randomBytes(rng, K * N), bias = randomBytes(rng, 4 * N);
     for (const Requant& q : requants) {

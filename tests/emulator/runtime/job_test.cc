@@ -1,7 +1,6 @@
-// Jobs on the cores: node order, packing, boost, limits and execution
-// information. Run with KESH_EMU_CORES=2 (set by the test's properties).
+// Jobs on the cores: node order, packing, limits and the job lifecycle. Run
+// with KESH_EMU_CORES=2 (set by the test's properties).
 #include <gtest/gtest.h>
-#include <time.h>
 
 #include <vector>
 
@@ -11,10 +10,6 @@ namespace kesh::runtime::testing {
 namespace {
 
 constexpr uint32_t kWidth = 640, kHeight = 480;
-
-struct Timing {
-  int64_t start, end, ip, driver;
-};
 
 class JobTest : public ::testing::Test {
  protected:
@@ -35,67 +30,30 @@ class JobTest : public ::testing::Test {
     _pattern_graph* graph = convGraph(count, nodes, pack);
     return graph != nullptr && playAndWait(player_, graph, &job) == 0 ? job : nullptr;
   }
-  static Timing timing(_pattern_job* job, _pattern_node_handle* node) {
-    return Timing{execInfo(job, node, PATTERN_NODE_EXEC_INFO_START_TIMESTAMP),
-                  execInfo(job, node, PATTERN_NODE_EXEC_INFO_END_TIMESTAMP),
-                  execInfo(job, node, PATTERN_NODE_EXEC_INFO_IP_TIME),
-                  execInfo(job, node, PATTERN_NODE_EXEC_INFO_DRIVER_TIME)};
+  static int64_t start(_pattern_job* job, _pattern_node_handle* node) {
+    return execInfo(job, node, PATTERN_NODE_EXEC_INFO_START_TIMESTAMP);
+  }
+  static int64_t end(_pattern_job* job, _pattern_node_handle* node) {
+    return execInfo(job, node, PATTERN_NODE_EXEC_INFO_END_TIMESTAMP);
   }
 
   _kesh_player* player_ = keshCreatePlayer("KESH pattern tester");
   _pattern* conv_ = loadPattern(player_, convPattern(kWidth, kHeight));
 };
 
-TEST_F(JobTest, ExecInfoIsMeasuredOnTheMonotonicClock) {
-  std::vector<_pattern_node_handle*> nodes;
-  _pattern_job* job = played(1, &nodes);
-  ASSERT_NE(job, nullptr);
-  timespec now{};
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  const int64_t nowUs = static_cast<int64_t>(now.tv_sec) * 1000000 + now.tv_nsec / 1000;
-  const Timing t = timing(job, nodes[0]);
-  EXPECT_TRUE(t.ip > 0 && t.driver >= 0 && t.start <= t.end);
-  EXPECT_LE(t.ip + t.driver, t.end - t.start + 2);  // the parts fit in the whole, up to rounding
-  EXPECT_TRUE(t.end <= nowUs && t.start > nowUs - 10 * 1000000);
-  int64_t value = 0;
-  EXPECT_NE(keshGetPatternNodeExecInfo(job, nodes[0], 2, &value), 0) << "unknown kind";
-  _pattern_node_handle* stranger = nullptr;
-  ASSERT_NE(singleNodeGraph(player_, conv_, &stranger), nullptr);
-  EXPECT_NE(keshGetPatternNodeExecInfo(job, stranger, 0, &value), 0) << "not a node of the job";
-}
-
 TEST_F(JobTest, UnpackedNodesRunInOrderAndPackedNodesTogether) {
   std::vector<_pattern_node_handle*> nodes;
   _pattern_job* job = played(3, &nodes);
   ASSERT_NE(job, nullptr);
-  for (size_t i = 1; i < nodes.size(); ++i) EXPECT_GE(timing(job, nodes[i]).start, timing(job, nodes[i - 1]).end) << i;
+  for (size_t i = 1; i < nodes.size(); ++i) EXPECT_GE(start(job, nodes[i]), end(job, nodes[i - 1])) << i;
   // Packed nodes are released together, so on two cores they overlap unless the
   // host starves a worker; a loaded machine may do that once, never every time.
   bool overlapped = false;
   for (int attempt = 0; attempt < 10 && !overlapped; ++attempt) {
     ASSERT_NE(job = played(2, &nodes, true), nullptr);
-    const Timing a = timing(job, nodes[0]), b = timing(job, nodes[1]);
-    overlapped = a.start < b.end && b.start < a.end;
+    overlapped = start(job, nodes[0]) < end(job, nodes[1]) && start(job, nodes[1]) < end(job, nodes[0]);
   }
   EXPECT_TRUE(overlapped);
-}
-
-TEST_F(JobTest, HigherBoostRunsFirstOnABusyCore) {
-  // The blocker goes first either way: it is running already, or it waits
-  // with the same boost as `high` and was queued earlier.
-  std::vector<_pattern_node_handle*> nodes[3];  // blocker, low, high
-  _pattern_job* jobs[3] = {};
-  _pattern_graph* graphs[3];
-  for (int i = 0; i < 3; ++i) {
-    ASSERT_NE(graphs[i] = convGraph(1, &nodes[i]), nullptr);
-    ASSERT_EQ(keshSetPatternNodeOption(nodes[i][0], PATTERN_NODE_OPTION_BOOST, i == 1 ? 0 : 100), 0);
-    ASSERT_EQ(keshSetPatternNodeOption(nodes[i][0], PATTERN_NODE_OPTION_CORE_AFFINITY, 0), 0);
-    ASSERT_EQ(keshUpdatePatternNode(nodes[i][0]), 0);
-  }
-  for (int i = 0; i < 3; ++i) ASSERT_EQ(keshPlayPatternGraph(player_, graphs[i], 0, &jobs[i]), 0);
-  for (auto* job : jobs) ASSERT_EQ(keshWaitPatternJob(job), 0);
-  EXPECT_LE(timing(jobs[2], nodes[2][0]).end, timing(jobs[1], nodes[1][0]).start);
-  EXPECT_GE(timing(jobs[2], nodes[2][0]).start, timing(jobs[0], nodes[0][0]).end) << "both were pinned to core 0";
 }
 
 TEST_F(JobTest, HardLimitFailsTheJobAndSoftLimitOnlyRecords) {
@@ -107,8 +65,8 @@ TEST_F(JobTest, HardLimitFailsTheJobAndSoftLimitOnlyRecords) {
   EXPECT_EQ(playAndWait(player_, graph, &job), 0);
   ASSERT_EQ(keshSetPatternGraphOption(graph, PATTERN_GRAPH_OPTION_HARD_LIMIT, 1), 0);
   EXPECT_NE(playAndWait(player_, graph, &job), 0);
-  EXPECT_NE(keshWaitPatternJob(job), 0);
-  EXPECT_EQ(timing(job, nodes[1]).start, 0) << "the job stops at the limit";
+  EXPECT_NE(keshWaitPatternJob(job), 0) << "waiting again gives the same answer";
+  EXPECT_EQ(start(job, nodes[1]), 0) << "the job stops at the limit";
   ASSERT_EQ(keshSetPatternGraphOption(graph, PATTERN_GRAPH_OPTION_HARD_LIMIT, 60 * 1000000), 0);
   EXPECT_EQ(playAndWait(player_, graph, &job), 0);
 }

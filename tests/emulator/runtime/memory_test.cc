@@ -25,8 +25,8 @@ class MemoryTest : public ::testing::Test {
     ASSERT_NE(graph_ = singleNodeGraph(player_, loadPattern(player_, copyPattern(kSize)), &node_), nullptr);
     ASSERT_NE(inHost_ = static_cast<uint8_t*>(keshMapMem(in_)), nullptr);
     ASSERT_NE(keshMapMem(out_), nullptr);  // invalidate needs a mapping
-    ASSERT_EQ(keshSetPatternNodeArg(node_, 7, in_, kSize) | keshSetPatternNodeArg(node_, 3, out_, kSize), 0);
-    ASSERT_EQ(keshUpdatePatternNode(node_), 0);
+    ASSERT_EQ(keshSetPatternNodeArg(node_, 7, in_, kSize) | keshSetPatternNodeArg(node_, 3, out_, kSize) |
+                  keshUpdatePatternNode(node_), 0);
   }
   void play() {
     _pattern_job* job = nullptr;
@@ -54,15 +54,8 @@ TEST_F(MemoryTest, FreshMemoryIsZeroAndOnlyFlushAndInvalidateMoveData) {
   EXPECT_EQ(hostBytes(out_), Bytes(kSize, 0)) << "the host sees device writes only after invalidate";
   ASSERT_EQ(keshInvalidateMem(out_), 0);
   EXPECT_EQ(hostBytes(out_), Bytes(kSize, 0x42));
-}
-
-TEST_F(MemoryTest, MappingRulesAreChecked) {
-  EXPECT_EQ(keshMapMem(in_), inHost_) << "mapping again gives the same address";
-  ASSERT_EQ(keshUnmapMem(in_), 0);
-  EXPECT_NE(keshUnmapMem(in_), 0);
-  EXPECT_NE(keshFlushMem(in_), 0);
-  EXPECT_NE(keshInvalidateMem(in_), 0);
-  EXPECT_NE(keshMapMem(keshCreateMem(player_, 0, "empty")), nullptr);
+  ASSERT_EQ(keshUnmapMem(out_), 0);
+  EXPECT_NE(keshInvalidateMem(out_), 0) << "nothing to copy into once unmapped";
 }
 
 TEST_F(MemoryTest, UpdateAppliesNewArgumentsToLaterPlays) {
@@ -88,30 +81,13 @@ TEST(NoAllocTest, NoAllocArgumentsStartZeroedOnEveryRun) {
   ASSERT_NE(graph, nullptr);
   ASSERT_NE(bindFilled(player, node, 0, kSize, 5), nullptr);
   _kesh_mem* out = bindFilled(player, node, 2, kSize, 0);
+  EXPECT_NE(keshSetPatternNodeArg(node, 9, out, kSize), 0) << "the library owns no-alloc arguments";
   for (int run = 0; run < 2; ++run) {
     _pattern_job* job = nullptr;
     ASSERT_EQ(playAndWait(player, graph, &job), 0);
     ASSERT_EQ(keshInvalidateMem(out), 0);
     EXPECT_EQ(hostBytes(out), Bytes(kSize, 5)) << "run " << run;
   }
-}
-
-TEST(LifetimeTest, ReleasingHandlesInTheToolsOrderWhileAJobRunsIsSafe) {
-  _kesh_player* player = keshCreatePlayer("KESH pattern tester");
-  _pattern* pattern = loadPattern(player, convPattern(640, 480));
-  _pattern_node_handle* node = nullptr;
-  _pattern_graph* graph = singleNodeGraph(player, pattern, &node);
-  ASSERT_NE(graph, nullptr);
-  _kesh_mem* src = bindFilled(player, node, 0, 640 * 480, 200);
-  _kesh_mem* dst = bindFilled(player, node, 1, 640 * 480, 0);
-  _pattern_job* job = nullptr;
-  ASSERT_EQ(keshPlayPatternGraph(player, graph, 0, &job), 0);
-  EXPECT_TRUE(keshDestroyMem(src) == 0 && keshDestroyMem(dst) == 0 && keshDestroyPatternNode(node) == 0 &&
-              keshDestroyPatternGraph(graph) == 0 && keshDestroyPattern(pattern) == 0);
-  EXPECT_EQ(keshWaitPatternJob(job), 0);
-  EXPECT_GE(execInfo(job, node, PATTERN_NODE_EXEC_INFO_END_TIMESTAMP), 0) << "the job still knows its nodes";
-  EXPECT_EQ(keshDestroyPatternJob(job), 0);
-  EXPECT_EQ(keshDestroyPlayer(player), 0);
 }
 
 }  // namespace
