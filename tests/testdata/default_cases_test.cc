@@ -29,14 +29,14 @@ struct CatalogueEntry {
 };
 
 const std::vector<Datum> kMlp = {
-    {"auto_buf_name_0", 4096, 4096, true}, {"auto_buf_name_1", 92160, 92160, true}, {"auto_buf_name_2", 3072, 3072}};
+    {"auto_buf_name_0", 4096, 4096, true}, {"auto_buf_name_1", 92160, 92160, true}, {"auto_buf_name_2", 3072, 3072, false}};
 const CatalogueEntry kCatalogue[] = {
     {25312, 'a', 'm', kMlp},
     {25312, 'a', 'm', kMlp},
     {25312, 'b', 'm', kMlp},
     {25312, 'c', 'm', kMlp},
-    {25244, 'd', '4', {{"GI_65540", 11235, 0}, {"GO_65544", 0, 11235}}},
-    {129404, 'e', '5', {{"GI_65542", 2073600, 2073600, true}, {"GO_65548", 2073600, 2073600}}},
+    {25244, 'd', '4', {{"GI_65540", 11235, 0, false}, {"GO_65544", 0, 11235, false}}},
+    {129404, 'e', '5', {{"GI_65542", 2073600, 2073600, true}, {"GO_65548", 2073600, 2073600, false}}},
 };
 
 size_t sizeOf(const Data& data, const std::string& name) {

@@ -57,7 +57,9 @@ TEST(EmbeddedLayoutTest, EveryDatumIsItsFileFollowedByItsLengthWord) {
       EXPECT_EQ(array.size, bytes.size());
       EXPECT_TRUE(length.size == 4 && length.type == 'R' && length.address % 4 == 0);
       EXPECT_EQ(array.type, zero ? 'B' : 'R');
-      if (!zero) EXPECT_EQ(length.address, array.address + (bytes.size() + 3) / 4 * 4);
+      if (!zero) {
+        EXPECT_EQ(length.address, array.address + (bytes.size() + 3) / 4 * 4);
+      }
     }
     EXPECT_EQ(data, 36u);
     EXPECT_NEAR(static_cast<double>(storedBytes), 7.3e6, 0.1e6);
