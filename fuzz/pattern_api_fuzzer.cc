@@ -7,8 +7,7 @@
 
 #include "format/reader.h"
 
-#ifndef KESH_FUZZ_READER_ONLY
-#include "driver/kesh_pattern.h"
+#include "kesh/kesh_pattern.h"
 
 namespace {
 
@@ -29,20 +28,15 @@ void queryArguments(_pattern* pattern) {
 }
 
 }  // namespace
-#endif
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size > UINT32_MAX) return 0;
   kesh::format::Program program;
   const bool valid = kesh::format::decodePattern(data, size, &program, nullptr);
-#ifndef KESH_FUZZ_READER_ONLY
   _pattern* pattern = keshCreatePattern(player(), data, static_cast<uint32_t>(size), "fuzz");
   if ((pattern != nullptr) != valid) std::abort();
   if (!pattern) return 0;
   queryArguments(pattern);
   if (keshDestroyPattern(pattern) != 0) std::abort();
-#else
-  (void)valid;
-#endif
   return 0;
 }

@@ -12,9 +12,7 @@
 #include "pattern_asm/text_parser.h"
 #include "pattern_asm/text_printer.h"
 
-#ifdef KESH_FUZZ_EXECUTE
 #include "kernels/executor.h"
-#endif
 
 namespace {
 
@@ -22,7 +20,6 @@ using kesh::format::Program;
 
 constexpr uint64_t kMaxExecutedBytes = 64 * 1024;
 
-#ifdef KESH_FUZZ_EXECUTE
 // Runs the program over argument buffers of exactly their declared sizes, so
 // that the sanitizer sees any access past them.
 void execute(const Program& program) {
@@ -39,16 +36,13 @@ void execute(const Program& program) {
   }
   kesh::kernels::executeProgram(program, views);
 }
-#endif
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Program program;
   if (!kesh::format::decodePattern(data, size, &program, nullptr)) return 0;
-#ifdef KESH_FUZZ_EXECUTE
   execute(program);
-#endif
   const std::string text = kesh::pattern_text::formatPatternText(program);
   Program again;
   kesh::pattern_text::TextError error;

@@ -5,7 +5,7 @@
 // Only the contract's functions get default visibility; the rest of the
 // library is hidden (and the version script exports nothing else).
 #pragma GCC visibility push(default)
-#include "driver/kesh_pattern.h"
+#include "kesh/kesh_pattern.h"
 #pragma GCC visibility pop
 
 #include <cstring>
@@ -60,7 +60,7 @@ using namespace kesh::runtime;  // NOLINT: the entry points below are thin wrapp
 extern "C" {
 
 _kesh_player* keshCreatePlayer(const char* name) {
-  ApiCall call(Fn::kCreatePlayer);
+  ApiCall call(Fn::keshCreatePlayer);
   call.text("name", name);
   HandleId id = call.create(Kind::kPlayer, [&]() -> HandleId {
     auto player = std::make_shared<Player>();
@@ -73,7 +73,7 @@ _kesh_player* keshCreatePlayer(const char* name) {
 }
 
 int keshDestroyPlayer(_kesh_player* player) {
-  ApiCall call(Fn::kDestroyPlayer);
+  ApiCall call(Fn::keshDestroyPlayer);
   call.handle("player", Kind::kPlayer, player);
   return call.run([&] {
     auto found = table().find<Player>(player, Kind::kPlayer);
@@ -83,7 +83,7 @@ int keshDestroyPlayer(_kesh_player* player) {
 }
 
 _pattern* keshCreatePattern(_kesh_player* player, const void* binary, uint32_t size, const char* name) {
-  ApiCall call(Fn::kCreatePattern);
+  ApiCall call(Fn::keshCreatePattern);
   call.handle("player", Kind::kPlayer, player).number("size", size).text("name", name);
   HandleId id = call.create(Kind::kPattern, [&]() -> HandleId {
     auto owner = table().find<Player>(player, Kind::kPlayer);
@@ -106,13 +106,13 @@ _pattern* keshCreatePattern(_kesh_player* player, const void* binary, uint32_t s
 }
 
 int keshDestroyPattern(_pattern* pattern) {
-  ApiCall call(Fn::kDestroyPattern);
+  ApiCall call(Fn::keshDestroyPattern);
   call.handle("pattern", Kind::kPattern, pattern);
   return call.run([&] { return table().take<Pattern>(pattern, Kind::kPattern) != nullptr ? kOk : kFailed; });
 }
 
 _pattern_graph* keshCreatePatternGraph(_kesh_player* player, const char* name) {
-  ApiCall call(Fn::kCreatePatternGraph);
+  ApiCall call(Fn::keshCreatePatternGraph);
   call.handle("player", Kind::kPlayer, player).text("name", name);
   HandleId id = call.create(Kind::kGraph, [&]() -> HandleId {
     auto owner = table().find<Player>(player, Kind::kPlayer);
@@ -125,13 +125,13 @@ _pattern_graph* keshCreatePatternGraph(_kesh_player* player, const char* name) {
 }
 
 int keshDestroyPatternGraph(_pattern_graph* graph) {
-  ApiCall call(Fn::kDestroyPatternGraph);
+  ApiCall call(Fn::keshDestroyPatternGraph);
   call.handle("graph", Kind::kGraph, graph);
   return call.run([&] { return table().take<Graph>(graph, Kind::kGraph) != nullptr ? kOk : kFailed; });
 }
 
 int keshSetPatternGraphOption(_pattern_graph* graph, pattern_graph_option_type option, int32_t value) {
-  ApiCall call(Fn::kSetPatternGraphOption);
+  ApiCall call(Fn::keshSetPatternGraphOption);
   call.handle("graph", Kind::kGraph, graph).number("option", rawValue(option)).number("value", value);
   return call.run([&] {
     auto found = table().find<Graph>(graph, Kind::kGraph);
@@ -141,7 +141,7 @@ int keshSetPatternGraphOption(_pattern_graph* graph, pattern_graph_option_type o
 
 int keshAddPattern(_pattern_graph* graph, _pattern* pattern, uint32_t reserved0, uint32_t reserved1,
                    _pattern_node_handle** node, const char* name) {
-  ApiCall call(Fn::kAddPattern);
+  ApiCall call(Fn::keshAddPattern);
   call.handle("graph", Kind::kGraph, graph).handle("pattern", Kind::kPattern, pattern);
   call.number("reserved0", reserved0).number("reserved1", reserved1).text("name", name).output("node");
   return call.run([&] {
@@ -160,7 +160,7 @@ int keshAddPattern(_pattern_graph* graph, _pattern* pattern, uint32_t reserved0,
 }
 
 int keshSetPatternPack(_pattern_graph* graph, uint32_t count, _pattern_node_handle** nodes) {
-  ApiCall call(Fn::kSetPatternPack);
+  ApiCall call(Fn::keshSetPatternPack);
   call.handle("graph", Kind::kGraph, graph).number("count", count);
   call.formatted("nodes", [&] { return nodeList(count, nodes); });
   return call.run([&] {
@@ -176,7 +176,7 @@ int keshSetPatternPack(_pattern_graph* graph, uint32_t count, _pattern_node_hand
 }
 
 int keshBuildPatternGraph(_pattern_graph* graph) {
-  ApiCall call(Fn::kBuildPatternGraph);
+  ApiCall call(Fn::keshBuildPatternGraph);
   call.handle("graph", Kind::kGraph, graph);
   return call.run([&] {
     auto found = table().find<Graph>(graph, Kind::kGraph);
@@ -185,7 +185,7 @@ int keshBuildPatternGraph(_pattern_graph* graph) {
 }
 
 int keshDestroyPatternNode(_pattern_node_handle* node) {
-  ApiCall call(Fn::kDestroyPatternNode);
+  ApiCall call(Fn::keshDestroyPatternNode);
   call.handle("node", Kind::kNode, node);
   return call.run([&] {
     auto taken = table().take<Node>(node, Kind::kNode);
@@ -196,7 +196,7 @@ int keshDestroyPatternNode(_pattern_node_handle* node) {
 }
 
 int keshGetPatternArgInfoSize(_pattern* pattern, pattern_arg_info_type type, uint32_t* size) {
-  ApiCall call(Fn::kGetPatternArgInfoSize);
+  ApiCall call(Fn::keshGetPatternArgInfoSize);
   call.handle("pattern", Kind::kPattern, pattern).number("type", rawValue(type)).output("size");
   return call.run([&] {
     auto found = table().find<Pattern>(pattern, Kind::kPattern);
@@ -211,7 +211,7 @@ int keshGetPatternArgInfoSize(_pattern* pattern, pattern_arg_info_type type, uin
 }
 
 int keshGetPatternArgInfo(_pattern* pattern, pattern_arg_info_type type, void* data, uint32_t size) {
-  ApiCall call(Fn::kGetPatternArgInfo);
+  ApiCall call(Fn::keshGetPatternArgInfo);
   call.handle("pattern", Kind::kPattern, pattern).number("type", rawValue(type)).number("size", size);
   return call.run([&] {
     auto found = table().find<Pattern>(pattern, Kind::kPattern);
@@ -221,7 +221,7 @@ int keshGetPatternArgInfo(_pattern* pattern, pattern_arg_info_type type, void* d
 }
 
 _kesh_mem* keshCreateMem(_kesh_player* player, uint32_t size, const char* name) {
-  ApiCall call(Fn::kCreateMem);
+  ApiCall call(Fn::keshCreateMem);
   call.handle("player", Kind::kPlayer, player).number("size", size).text("name", name);
   HandleId id = call.create(Kind::kMem, [&]() -> HandleId {
     auto owner = table().find<Player>(player, Kind::kPlayer);
@@ -236,7 +236,7 @@ _kesh_mem* keshCreateMem(_kesh_player* player, uint32_t size, const char* name) 
 }
 
 void* keshMapMem(_kesh_mem* mem) {
-  ApiCall call(Fn::kMapMem);
+  ApiCall call(Fn::keshMapMem);
   call.handle("mem", Kind::kMem, mem);
   return call.pointer([&]() -> void* {
     auto found = table().find<Memory>(mem, Kind::kMem);
@@ -245,7 +245,7 @@ void* keshMapMem(_kesh_mem* mem) {
 }
 
 int keshFlushMem(_kesh_mem* mem) {
-  ApiCall call(Fn::kFlushMem);
+  ApiCall call(Fn::keshFlushMem);
   call.handle("mem", Kind::kMem, mem);
   return call.run([&] {
     auto found = table().find<Memory>(mem, Kind::kMem);
@@ -254,7 +254,7 @@ int keshFlushMem(_kesh_mem* mem) {
 }
 
 int keshInvalidateMem(_kesh_mem* mem) {
-  ApiCall call(Fn::kInvalidateMem);
+  ApiCall call(Fn::keshInvalidateMem);
   call.handle("mem", Kind::kMem, mem);
   return call.run([&] {
     auto found = table().find<Memory>(mem, Kind::kMem);
@@ -263,7 +263,7 @@ int keshInvalidateMem(_kesh_mem* mem) {
 }
 
 int keshUnmapMem(_kesh_mem* mem) {
-  ApiCall call(Fn::kUnmapMem);
+  ApiCall call(Fn::keshUnmapMem);
   call.handle("mem", Kind::kMem, mem);
   return call.run([&] {
     auto found = table().find<Memory>(mem, Kind::kMem);
@@ -272,13 +272,13 @@ int keshUnmapMem(_kesh_mem* mem) {
 }
 
 int keshDestroyMem(_kesh_mem* mem) {
-  ApiCall call(Fn::kDestroyMem);
+  ApiCall call(Fn::keshDestroyMem);
   call.handle("mem", Kind::kMem, mem);
   return call.run([&] { return table().take<Memory>(mem, Kind::kMem) != nullptr ? kOk : kFailed; });
 }
 
 int keshSetPatternNodeArg(_pattern_node_handle* node, uint32_t index, _kesh_mem* mem, uint32_t size) {
-  ApiCall call(Fn::kSetPatternNodeArg);
+  ApiCall call(Fn::keshSetPatternNodeArg);
   call.handle("node", Kind::kNode, node).number("index", index).handle("mem", Kind::kMem, mem).number("size", size);
   return call.run([&] {
     auto target = table().find<Node>(node, Kind::kNode);
@@ -288,7 +288,7 @@ int keshSetPatternNodeArg(_pattern_node_handle* node, uint32_t index, _kesh_mem*
 }
 
 int keshSetPatternNodeOption(_pattern_node_handle* node, pattern_node_option_type option, int32_t value) {
-  ApiCall call(Fn::kSetPatternNodeOption);
+  ApiCall call(Fn::keshSetPatternNodeOption);
   call.handle("node", Kind::kNode, node).number("option", rawValue(option)).number("value", value);
   return call.run([&] {
     auto target = table().find<Node>(node, Kind::kNode);
@@ -298,7 +298,7 @@ int keshSetPatternNodeOption(_pattern_node_handle* node, pattern_node_option_typ
 }
 
 int keshUpdatePatternNode(_pattern_node_handle* node) {
-  ApiCall call(Fn::kUpdatePatternNode);
+  ApiCall call(Fn::keshUpdatePatternNode);
   call.handle("node", Kind::kNode, node);
   return call.run([&] {
     auto target = table().find<Node>(node, Kind::kNode);
@@ -309,7 +309,7 @@ int keshUpdatePatternNode(_pattern_node_handle* node) {
 }
 
 int keshPlayPatternGraph(_kesh_player* player, _pattern_graph* graph, uint32_t flags, _pattern_job** job) {
-  ApiCall call(Fn::kPlayPatternGraph);
+  ApiCall call(Fn::keshPlayPatternGraph);
   call.handle("player", Kind::kPlayer, player).handle("graph", Kind::kGraph, graph).number("flags", flags);
   call.output("job");
   return call.run([&] {
@@ -332,7 +332,7 @@ int keshPlayPatternGraph(_kesh_player* player, _pattern_graph* graph, uint32_t f
 }
 
 int keshWaitPatternJob(_pattern_job* job) {
-  ApiCall call(Fn::kWaitPatternJob);
+  ApiCall call(Fn::keshWaitPatternJob);
   call.handle("job", Kind::kJob, job);
   return call.run([&] {
     auto found = table().find<Job>(job, Kind::kJob);
@@ -344,7 +344,7 @@ int keshWaitPatternJob(_pattern_job* job) {
 }
 
 int keshGetPatternNodeExecInfo(_pattern_job* job, _pattern_node_handle* node, uint32_t kind, int64_t* value) {
-  ApiCall call(Fn::kGetPatternNodeExecInfo);
+  ApiCall call(Fn::keshGetPatternNodeExecInfo);
   call.handle("job", Kind::kJob, job).handle("node", Kind::kNode, node).number("kind", kind).output("value");
   return call.run([&] {
     auto found = table().find<Job>(job, Kind::kJob);
@@ -359,7 +359,7 @@ int keshGetPatternNodeExecInfo(_pattern_job* job, _pattern_node_handle* node, ui
 }
 
 int keshDestroyPatternJob(_pattern_job* job) {
-  ApiCall call(Fn::kDestroyPatternJob);
+  ApiCall call(Fn::keshDestroyPatternJob);
   call.handle("job", Kind::kJob, job);
   return call.run([&] {
     auto found = table().find<Job>(job, Kind::kJob);

@@ -1,18 +1,21 @@
 #include "runtime/functions.h"
 
+#include <type_traits>
+
+#include "kesh/kesh_pattern.h"
+
 namespace kesh::runtime {
 namespace {
 
+// Each generated name must be a function of the contract.
+#define KESH_FUNCTION(name) static_assert(std::is_function_v<decltype(::name)>, #name " is not in the contract");
+#include "runtime/kesh_functions.inc"
+#undef KESH_FUNCTION
+
 constexpr const char* kNames[kFunctionCount] = {
-    "keshCreatePlayer",        "keshDestroyPlayer",          "keshCreatePattern",
-    "keshDestroyPattern",      "keshCreatePatternGraph",     "keshDestroyPatternGraph",
-    "keshSetPatternGraphOption", "keshAddPattern",           "keshSetPatternPack",
-    "keshBuildPatternGraph",   "keshDestroyPatternNode",     "keshGetPatternArgInfoSize",
-    "keshGetPatternArgInfo",   "keshCreateMem",              "keshMapMem",
-    "keshFlushMem",            "keshInvalidateMem",          "keshUnmapMem",
-    "keshDestroyMem",          "keshSetPatternNodeArg",      "keshSetPatternNodeOption",
-    "keshUpdatePatternNode",   "keshPlayPatternGraph",       "keshWaitPatternJob",
-    "keshGetPatternNodeExecInfo", "keshDestroyPatternJob",
+#define KESH_FUNCTION(name) #name,
+#include "runtime/kesh_functions.inc"
+#undef KESH_FUNCTION
 };
 
 }  // namespace

@@ -1,6 +1,6 @@
-// The 26 entry points of the library as an enumeration, so that call counting,
-// fault injection and the trace can refer to them by number and by name.
-// Stateless; safe from any thread.
+// The library's entry points as an enumeration, so that call counting, fault
+// injection and the trace can refer to them by number and by name. The list is
+// generated from the contract header. Stateless; safe from any thread.
 #ifndef KESH_EMULATOR_RUNTIME_FUNCTIONS_H_
 #define KESH_EMULATOR_RUNTIME_FUNCTIONS_H_
 
@@ -9,16 +9,19 @@
 
 namespace kesh::runtime {
 
+/// One enumerator per entry point, named like it (Fn::keshCreatePlayer).
 enum class Fn : int {
-  kCreatePlayer, kDestroyPlayer, kCreatePattern, kDestroyPattern, kCreatePatternGraph,
-  kDestroyPatternGraph, kSetPatternGraphOption, kAddPattern, kSetPatternPack, kBuildPatternGraph,
-  kDestroyPatternNode, kGetPatternArgInfoSize, kGetPatternArgInfo, kCreateMem, kMapMem, kFlushMem,
-  kInvalidateMem, kUnmapMem, kDestroyMem, kSetPatternNodeArg, kSetPatternNodeOption,
-  kUpdatePatternNode, kPlayPatternGraph, kWaitPatternJob, kGetPatternNodeExecInfo,
-  kDestroyPatternJob,
+#define KESH_FUNCTION(name) name,
+#include "runtime/kesh_functions.inc"
+#undef KESH_FUNCTION
 };
 
-inline constexpr size_t kFunctionCount = 26;
+/// Number of entry points.
+inline constexpr size_t kFunctionCount = 0
+#define KESH_FUNCTION(name) +1
+#include "runtime/kesh_functions.inc"
+#undef KESH_FUNCTION
+    ;
 
 /// Returns the C name of `fn` ("keshCreatePlayer").
 const char* functionName(Fn fn);

@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "driver/kesh_pattern.h"
+#include "kesh/kesh_pattern.h"
 
 namespace kesh::runtime {
 

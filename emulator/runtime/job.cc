@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <new>
 
-#include "driver/kesh_pattern.h"
+#include "kesh/kesh_pattern.h"
 #include "kernels/executor.h"
 #include "runtime/api_call.h"
 #include "runtime/clock.h"

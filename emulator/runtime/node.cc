@@ -1,6 +1,6 @@
 #include "runtime/node.h"
 
-#include "driver/kesh_pattern.h"
+#include "kesh/kesh_pattern.h"
 
 namespace kesh::runtime {
 

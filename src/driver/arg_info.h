@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "driver/kesh_pattern.h"
+#include "kesh/kesh_pattern.h"
 
 /// One argument of a pattern as the library reports it.
 struct PatternArgInfo {

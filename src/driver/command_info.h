@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "driver/arg_info.h"
-#include "driver/kesh_pattern.h"
+#include "kesh/kesh_pattern.h"
 #include "settings/tester_setting.h"
 
 /// One execution of a command set: set up, played by the run driver, waited,

@@ -8,7 +8,7 @@
 
 #include "driver/command_info.h"
 #include "settings/fatal.h"
-#include "driver/kesh_pattern.h"
+#include "kesh/kesh_pattern.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "driver/kesh_pattern.h"
+#include "kesh/kesh_pattern.h"
 
 /// The settings built from the program's arguments and command files.
 class TesterSetting {

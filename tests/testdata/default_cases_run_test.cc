@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "case_files.h"
-#include "driver/kesh_pattern.h"
+#include "kesh/kesh_pattern.h"
 
 namespace kesh::testdata {
 namespace {

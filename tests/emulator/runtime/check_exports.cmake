@@ -1,22 +1,18 @@
 # The library's dynamic interface: soname exactly libkesh_pattern_25.so and
 # exactly the functions of the contract header, each at version KESH_PATTERN.
-# Usage: cmake -DLIB=... -DHEADER=... -DNM=... -DREADELF=... -P check_exports.cmake
+# Usage: cmake -DLIB=... -DNM=... -DREADELF=... -P check_exports.cmake
+include(${CMAKE_CURRENT_LIST_DIR}/../../../cmake/contract.cmake)
+
 execute_process(COMMAND ${READELF} -d ${LIB} OUTPUT_VARIABLE dynamic RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0 OR NOT dynamic MATCHES "Library soname: \\[libkesh_pattern_25\\.so\\]")
   message(FATAL_ERROR "soname is not exactly libkesh_pattern_25.so:\n${dynamic}")
 endif()
 
-file(STRINGS ${HEADER} declarations REGEX "^[^ ].* \\**kesh[A-Za-z]+\\(")
+kesh_contract_functions(functions)
 set(expected "KESH_PATTERN")
-foreach(line IN LISTS declarations)
-  string(REGEX MATCH "kesh[A-Za-z]+\\(" name "${line}")
-  string(REPLACE "(" "" name "${name}")
+foreach(name IN LISTS functions)
   list(APPEND expected "${name}@@KESH_PATTERN")
 endforeach()
-list(LENGTH expected expectedCount)
-if(NOT expectedCount EQUAL 27)
-  message(FATAL_ERROR "expected 26 functions in ${HEADER}, found: ${expected}")
-endif()
 
 execute_process(COMMAND ${NM} -D --defined-only ${LIB} OUTPUT_VARIABLE symbols RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <vector>
 
-#include "driver/kesh_pattern.h"
+#include "kesh/kesh_pattern.h"
 #include "format/writer.h"
 #include "sample_program.h"
 
