@@ -4,7 +4,7 @@
 #include <ios>
 #include <vector>
 
-#include "settings/fatal.h"
+#include "common/fatal.h"
 #include "settings/file_kind.h"
 #include "settings/tester_setting.h"
 
@@ -50,7 +50,7 @@ std::vector<uint8_t> TesterSetting::TestCommand::readData(const char* path) {
   // A directory opens as a stream on this platform but yields no bytes;
   // it is no more a data file than a missing one.
   if (!kesh::settings::isDirectory(path)) file.open(path, std::ios::in | std::ios::binary);
-  if (!file.is_open()) kesh::settings::failCannotOpen(path);
+  if (!file.is_open()) kesh::fatalCannotOpen(path);
   file.unsetf(std::ios::skipws);
 
   const int32_t size = reportedSize(file);
