@@ -3,7 +3,7 @@
 #include <cstring>
 #include <sstream>
 
-#include "settings/fatal.h"
+#include "common/fatal.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ void getArgInfo(_pattern* pattern, std::vector<PatternArgInfo>& args) {
   // The count query passes a size of 1 although the count is four bytes wide;
   // libraries in the field accept it that way.
   if (keshGetPatternArgInfo(pattern, PATTERN_ARG_INFO_NUM, &count, 1) != 0) {
-    kesh::settings::fail("Failed to get pattern argument number");
+    kesh::fatalError("Failed to get pattern argument number");
   }
   args.resize(count);
 
@@ -41,14 +41,14 @@ void getArgInfo(_pattern* pattern, std::vector<PatternArgInfo>& args) {
   auto query = [pattern, &buffer](pattern_arg_info_type type) {
     uint32_t size = 0;
     if (keshGetPatternArgInfoSize(pattern, type, &size) != 0) {
-      kesh::settings::fail("Failed to get pattern argument info size of type " + std::to_string(type));
+      kesh::fatalError("Failed to get pattern argument info size of type " + std::to_string(type));
     }
     if (size == 0) {
-      kesh::settings::fail("Pattern argument info size is zero for type " + std::to_string(type));
+      kesh::fatalError("Pattern argument info size is zero for type " + std::to_string(type));
     }
     buffer.resize(size);
     if (keshGetPatternArgInfo(pattern, type, buffer.data(), size) != 0) {
-      kesh::settings::fail("Failed to get pattern argument info of type " + std::to_string(type));
+      kesh::fatalError("Failed to get pattern argument info of type " + std::to_string(type));
     }
   };
 

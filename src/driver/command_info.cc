@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "driver/diff_listing.h"
-#include "settings/fatal.h"
+#include "common/fatal.h"
 #include "driver/timing_report.h"
 
 namespace {
@@ -19,7 +19,7 @@ CommandInfo::CommandInfo(TesterSetting::TestCommand& commandSet, _kesh_player* p
   createPatterns();
   createGraph();
   addNodes();
-  if (keshBuildPatternGraph(graph) != 0) kesh::settings::fail("Failed to build pattern graph");
+  if (keshBuildPatternGraph(graph) != 0) kesh::fatalError("Failed to build pattern graph");
   // Arguments are bound per node after the build; each node is then refreshed.
   for (const SubCommand& sub : command.subCommands) bindArguments(sub);
 }
@@ -28,17 +28,17 @@ void CommandInfo::createPatterns() {
   for (const SubCommand& sub : command.subCommands) {
     _pattern* pattern = keshCreatePattern(player, sub.patternBinary.data(),
                                           static_cast<uint32_t>(sub.patternBinary.size()), kPatternName);
-    if (pattern == nullptr) kesh::settings::fail("Failed to create pattern");
+    if (pattern == nullptr) kesh::fatalError("Failed to create pattern");
     patterns[&sub] = pattern;
   }
 }
 
 void CommandInfo::createGraph() {
   graph = keshCreatePatternGraph(player, "tester_graph");
-  if (graph == nullptr) kesh::settings::fail("Failed to create pattern graph");
+  if (graph == nullptr) kesh::fatalError("Failed to create pattern graph");
   for (const auto& [key, value] : command.graphOptions) {
     if (keshSetPatternGraphOption(graph, key, value) != 0) {
-      kesh::settings::fail("Failed to set graph option " + std::to_string(static_cast<int>(key)));
+      kesh::fatalError("Failed to set graph option " + std::to_string(static_cast<int>(key)));
     }
   }
 }
@@ -57,7 +57,7 @@ void CommandInfo::addNodes() {
   }
   if (command.pack &&
       keshSetPatternPack(graph, static_cast<uint32_t>(packList.size()), packList.data()) != 0) {
-    kesh::settings::fail("Failed to set pattern packed");
+    kesh::fatalError("Failed to set pattern packed");
   }
 }
 
@@ -72,10 +72,10 @@ void CommandInfo::bindArguments(const SubCommand& sub) {
   }
   for (const auto& [key, value] : sub.nodeOptions) {
     if (keshSetPatternNodeOption(node, key, value) != 0) {
-      kesh::settings::fail("Failed to set pattern option " + std::to_string(static_cast<int>(key)));
+      kesh::fatalError("Failed to set pattern option " + std::to_string(static_cast<int>(key)));
     }
   }
-  if (keshUpdatePatternNode(node) != 0) kesh::settings::fail("Failed to update pattern");
+  if (keshUpdatePatternNode(node) != 0) kesh::fatalError("Failed to update pattern");
   argInfos.emplace(&sub, std::move(args));
   argAddrs.emplace(&sub, std::move(addrs));
   argMems.emplace(&sub, std::move(mems));
@@ -84,9 +84,9 @@ void CommandInfo::bindArguments(const SubCommand& sub) {
 void CommandInfo::bindArgument(const SubCommand& sub, _pattern_node_handle* node, const PatternArgInfo& arg,
                                std::map<std::string, _kesh_mem*>& mems, std::map<std::string, void*>& addrs) {
   _kesh_mem* mem = keshCreateMem(player, arg.size, arg.name.c_str());
-  if (mem == nullptr) kesh::settings::fail("Failed to create memory for pattern argument " + arg.name);
+  if (mem == nullptr) kesh::fatalError("Failed to create memory for pattern argument " + arg.name);
   void* addr = keshMapMem(mem);
-  if (addr == nullptr) kesh::settings::fail("Failed to map memory for pattern argument " + arg.name);
+  if (addr == nullptr) kesh::fatalError("Failed to map memory for pattern argument " + arg.name);
   // A repeated name keeps the first argument's memory on record.
   mems.emplace(arg.name, mem);
   addrs.emplace(arg.name, addr);
@@ -95,17 +95,17 @@ void CommandInfo::bindArgument(const SubCommand& sub, _pattern_node_handle* node
   if (input != sub.inputs.end()) {
     // The input's own length is copied: sizing inputs is the user's business.
     if (!input->second.empty()) std::memmove(addr, input->second.data(), input->second.size());
-    if (keshFlushMem(mem) != 0) kesh::settings::fail("Failed to flush memory for pattern argument " + arg.name);
+    if (keshFlushMem(mem) != 0) kesh::fatalError("Failed to flush memory for pattern argument " + arg.name);
   } else if (sub.goldens.count(arg.name) == 0) {
     std::cerr << "Pattern argument " << arg.name << " not set" << std::endl;
   }
   if (keshSetPatternNodeArg(node, arg.index, mem, arg.size) != 0) {
-    kesh::settings::fail("Failed to set pattern argument " + arg.name);
+    kesh::fatalError("Failed to set pattern argument " + arg.name);
   }
 }
 
 void CommandInfo::wait() {
-  if (keshWaitPatternJob(job) != 0) kesh::settings::fail("Failed to wait for pattern job completion");
+  if (keshWaitPatternJob(job) != 0) kesh::fatalError("Failed to wait for pattern job completion");
   NodeTiming timing;
   std::cout << "Execution info of command: " << command.commandLine << std::endl;
   size_t position = 0;
@@ -113,16 +113,16 @@ void CommandInfo::wait() {
     _pattern_node_handle* node = nodes.at(&sub);
     const std::string at = std::to_string(position);
     if (keshGetPatternNodeExecInfo(job, node, PATTERN_NODE_EXEC_INFO_IP_TIME, &timing.ipTime) != 0) {
-      kesh::settings::fail("Failed to get IP time of sub-command " + at);
+      kesh::fatalError("Failed to get IP time of sub-command " + at);
     }
     if (keshGetPatternNodeExecInfo(job, node, PATTERN_NODE_EXEC_INFO_DRIVER_TIME, &timing.driverTime) != 0) {
-      kesh::settings::fail("Failed to get driver time of sub-command " + at);
+      kesh::fatalError("Failed to get driver time of sub-command " + at);
     }
     if (keshGetPatternNodeExecInfo(job, node, PATTERN_NODE_EXEC_INFO_START_TIMESTAMP, &timing.startTimestamp) != 0) {
-      kesh::settings::fail("Failed to get start timestamp of sub-command " + at);
+      kesh::fatalError("Failed to get start timestamp of sub-command " + at);
     }
     if (keshGetPatternNodeExecInfo(job, node, PATTERN_NODE_EXEC_INFO_END_TIMESTAMP, &timing.endTimestamp) != 0) {
-      kesh::settings::fail("Failed to get end timestamp of sub-command " + at);
+      kesh::fatalError("Failed to get end timestamp of sub-command " + at);
     }
     std::cout << formatTimingLines(position, timing) << std::flush;
     ++position;
@@ -138,7 +138,7 @@ bool CommandInfo::compare() {
       if (arg.noAlloc != 0) continue;
       _kesh_mem* mem = mems.at(arg.name);
       if (!compareArgument(sub, arg.name, mem, addrs.at(arg.name))) passed = false;
-      if (keshUnmapMem(mem) != 0) kesh::settings::fail("Failed to unmap memory");
+      if (keshUnmapMem(mem) != 0) kesh::fatalError("Failed to unmap memory");
     }
   }
   return passed;
@@ -153,7 +153,7 @@ bool CommandInfo::compareArgument(const SubCommand& sub, const std::string& name
     return true;
   }
   std::vector<uint8_t> result(golden->second.size());
-  if (keshInvalidateMem(mem) != 0) kesh::settings::fail("Failed to invalidate memory for argument " + name);
+  if (keshInvalidateMem(mem) != 0) kesh::fatalError("Failed to invalidate memory for argument " + name);
   // The golden's length is read back, not the argument's size: like inputs,
   // goldens are sized by the user, and the read-back follows the golden.
   if (!result.empty()) std::memcpy(result.data(), addr, result.size());
@@ -177,13 +177,13 @@ bool CommandInfo::compareGolden(const std::vector<uint8_t>& result, const std::v
 CommandInfo::~CommandInfo() {
   for (const SubCommand& sub : command.subCommands) {
     for (const auto& entry : argMems.at(&sub)) {
-      if (keshDestroyMem(entry.second) != 0) kesh::settings::fail("Failed to destroy memory");
+      if (keshDestroyMem(entry.second) != 0) kesh::fatalError("Failed to destroy memory");
     }
-    if (keshDestroyPatternNode(nodes.at(&sub)) != 0) kesh::settings::fail("Failed to destroy pattern node");
+    if (keshDestroyPatternNode(nodes.at(&sub)) != 0) kesh::fatalError("Failed to destroy pattern node");
   }
-  if (keshDestroyPatternJob(job) != 0) kesh::settings::fail("Failed to destroy pattern job");
-  if (keshDestroyPatternGraph(graph) != 0) kesh::settings::fail("Failed to destroy pattern graph");
+  if (keshDestroyPatternJob(job) != 0) kesh::fatalError("Failed to destroy pattern job");
+  if (keshDestroyPatternGraph(graph) != 0) kesh::fatalError("Failed to destroy pattern graph");
   for (const SubCommand& sub : command.subCommands) {
-    if (keshDestroyPattern(patterns.at(&sub)) != 0) kesh::settings::fail("Failed to destroy pattern");
+    if (keshDestroyPattern(patterns.at(&sub)) != 0) kesh::fatalError("Failed to destroy pattern");
   }
 }

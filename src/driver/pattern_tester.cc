@@ -7,14 +7,11 @@
 #include <vector>
 
 #include "driver/command_info.h"
-#include "settings/fatal.h"
+#include "common/fatal.h"
+#include "common/group_limits.h"
 #include "kesh/kesh_pattern.h"
 
 namespace {
-
-// A group holds at most this many execution instances: the most jobs one
-// player is asked to run side by side.
-constexpr size_t kMaxJobsPerGroup = 63;
 
 std::string runPrefix(int64_t run, int32_t loopCount) {
   if (loopCount == 1) return "";
@@ -23,7 +20,7 @@ std::string runPrefix(int64_t run, int32_t loopCount) {
 }
 
 void destroyPlayer(_kesh_player*& player) {
-  if (keshDestroyPlayer(player) != 0) kesh::settings::fail("Failed to destroy player");
+  if (keshDestroyPlayer(player) != 0) kesh::fatalError("Failed to destroy player");
   player = nullptr;
 }
 
@@ -38,14 +35,14 @@ void startCommand(TesterSetting::TestCommand& command, _kesh_player* player, Rec
     command.updateRandom();
     std::cout << "Running command: " << command.commandLine << std::endl;
     records.push_back(std::make_shared<CommandInfo>(command, player));
-    if (records.size() > kMaxJobsPerGroup) {
-      kesh::settings::fail(
+    if (records.size() > kesh::kMaxJobsPerGroup) {
+      kesh::fatalError(
           "Exceed maximum number of commands in one command group, make sure the command group size is less "
-          "than 64");
+          "than " + std::to_string(kesh::kRefusedGroupLoopCount));
     }
     CommandInfo& record = *records.back();
     if (keshPlayPatternGraph(record.player, record.graph, 0, &record.job) != 0) {
-      kesh::settings::fail("Failed to play pattern");
+      kesh::fatalError("Failed to play pattern");
     }
   }
 }
@@ -86,7 +83,7 @@ bool PatternTester::runAllCommand(TesterSetting& setting) {
   for (std::vector<TesterSetting::TestCommand>& group : setting.commandGroups) {
     if (!setting.sessionReused || player == nullptr) {
       player = keshCreatePlayer("KESH pattern tester");
-      if (player == nullptr) kesh::settings::fail("Failed to create player");
+      if (player == nullptr) kesh::fatalError("Failed to create player");
     }
     Records records;
     for (TesterSetting::TestCommand& command : group) startCommand(command, player, records);

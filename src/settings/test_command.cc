@@ -7,7 +7,10 @@
 #include <utility>
 #include <vector>
 
-#include "settings/fatal.h"
+#include "common/fatal.h"
+#include "common/group_limits.h"
+#include "settings/option_table.h"
+#include "settings/parse_hooks.h"
 #include "settings/tester_setting.h"
 #include "settings/word_split.h"
 
@@ -16,39 +19,30 @@ namespace {
 using TestCommand = TesterSetting::TestCommand;
 using TestSubCommand = TesterSetting::TestSubCommand;
 
-constexpr int kPackOption = 2;
-constexpr int32_t kGroupLoopLimit = 64;
-
-// Global options (-h, -r, --session_reused, --command) are deliberately
-// absent: inside a command set they are unknown options.
-const char kShortOptions[] = ":t:i:o:s:a:c:b:f:l:g:";
-const option kLongOptions[] = {
-    {"loop", required_argument, nullptr, 'l'},   {"boost", required_argument, nullptr, 'b'},
-    {"soft", required_argument, nullptr, 's'},   {"hard", required_argument, nullptr, 'a'},
-    {"core", required_argument, nullptr, 'c'},   {"pattern", required_argument, nullptr, 'f'},
-    {"input", required_argument, nullptr, 'i'},  {"golden", required_argument, nullptr, 'o'},
-    {"group", required_argument, nullptr, 'g'},  {"test", required_argument, nullptr, 't'},
-    {"pack", no_argument, nullptr, kPackOption}, {nullptr, 0, nullptr, 0},
-};
-
 void printLine(const std::string& text) { std::cout << text << std::endl; }
 
 // Options that act on a pattern act on the last one given so far.
 TestSubCommand& currentSubCommand(TestCommand& command) {
   if (command.subCommands.empty()) {
-    kesh::settings::fail("No pattern binary found, set pattern binary first!");
+    kesh::fatalError("No pattern binary found, set pattern binary first!");
   }
   return command.subCommands.back();
 }
 
 // -i and -o: the data file binds to the argument named after its base name;
 // the first file given for a name wins.
-void addData(std::map<std::string, std::vector<uint8_t>>& data, const char* label,
-             const char* path) {
-  std::cout << label << data.size() << ": " << path << std::endl;
+void addData(TestCommand& command, kesh::settings::DataRole role, const char* path) {
+  TestSubCommand& subCommand = currentSubCommand(command);
+  const bool input = role == kesh::settings::DataRole::kInput;
+  std::map<std::string, std::vector<uint8_t>>& data = input ? subCommand.inputs : subCommand.goldens;
+  std::cout << (input ? "Pattern input " : "Pattern golden ") << data.size() << ": " << path << std::endl;
   std::string name = TestCommand::readArgName(path);
-  std::vector<uint8_t> bytes = TestCommand::readData(path);
-  data.emplace(std::move(name), std::move(bytes));
+  std::vector<uint8_t> bytes = kesh::settings::loadData(role, path);
+  const bool kept = data.emplace(name, std::move(bytes)).second;
+  const kesh::settings::ParseHooks& hooks = kesh::settings::parseHooks();
+  if (hooks.dataBound) {
+    hooks.dataBound({role, command.subCommands.size() - 1, name, path, kept});
+  }
 }
 
 void setBoost(TestCommand& command, const char* text) {
@@ -75,32 +69,32 @@ void setGraphOption(TestCommand& command, pattern_graph_option_type key, const c
 
 void setGroupLoopCount(TestCommand& command, const char* text) {
   const int32_t count = std::atoi(text);
-  // A group holds at most 63 instances, so 64 itself is refused.
-  if (count >= kGroupLoopLimit) {
-    kesh::settings::fail("Invalid group loop count: " + std::to_string(count) +
-                         ". Maximum is " + std::to_string(kGroupLoopLimit));
+  // The refused count itself is named as the maximum in the message.
+  if (count >= kesh::kRefusedGroupLoopCount) {
+    kesh::fatalError("Invalid group loop count: " + std::to_string(count) + ". Maximum is " +
+                     std::to_string(kesh::kRefusedGroupLoopCount));
   }
   command.groupLoopCount = count;
 }
 
 [[noreturn]] void failMissingArgument(const char* programName) {
   // Scripts match this line as it has always been: on standard output, with
-  // the option's code in decimal. exit() still flushes it.
-  std::cout << programName << ": option requires an argument -- '" << optopt << "'\n";
-  std::exit(1);
+  // the option's code in decimal.
+  kesh::fatal(kesh::FatalStream::kStdout,
+              std::string(programName) + ": option requires an argument -- '" + std::to_string(optopt) + "'\n");
 }
 
 void applyOption(TestCommand& command, int option, const char* programName) {
   switch (option) {
     case 'f':
       printLine(std::string("Pattern binary: ") + optarg);
-      command.subCommands.emplace_back(TestCommand::readData(optarg));
+      command.subCommands.emplace_back(kesh::settings::loadData(kesh::settings::DataRole::kPattern, optarg));
       break;
     case 'i':
-      addData(currentSubCommand(command).inputs, "Pattern input ", optarg);
+      addData(command, kesh::settings::DataRole::kInput, optarg);
       break;
     case 'o':
-      addData(currentSubCommand(command).goldens, "Pattern golden ", optarg);
+      addData(command, kesh::settings::DataRole::kGolden, optarg);
       break;
     case 'b':
       setBoost(command, optarg);
@@ -123,13 +117,13 @@ void applyOption(TestCommand& command, int option, const char* programName) {
     case 't':
       command.setupDefaultTest(std::atoi(optarg));
       break;
-    case kPackOption:
+    case kesh::settings::kPackOption:
       command.pack = true;
       break;
     case ':':
       failMissingArgument(programName);
     default:
-      kesh::settings::fail("Unknown option: " + std::to_string(option));
+      kesh::fatalError("Unknown option: " + std::to_string(option));
   }
 }
 
@@ -150,10 +144,13 @@ std::vector<char*> TesterSetting::TestCommand::getArgs(std::vector<std::string>&
 }
 
 void TesterSetting::TestCommand::parseArg(int argc, char** argv) {
+  const kesh::settings::ScannerTables& tables = kesh::settings::perCommandScanner();
+  const kesh::settings::ParseHooks& hooks = kesh::settings::parseHooks();
   optind = 0;  // a full restart: the scanner has been used on other vectors before
   for (;;) {
-    const int option = getopt_long(argc, argv, kShortOptions, kLongOptions, nullptr);
+    const int option = getopt_long(argc, argv, tables.shortOptions.c_str(), tables.longOptions.data(), nullptr);
     if (option == -1) return;
+    if (hooks.optionApplied && option != ':' && option != '?') hooks.optionApplied(option, optarg);
     applyOption(*this, option, argv[0]);
   }
 }

@@ -1,0 +1,190 @@
+// The seam for programs that embed the parsers: fatal errors intercepted by a
+// handler, and the hooks told of command sets, options, bindings and ignored
+// words, with data reading replaced.
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "common/fatal.h"
+#include "settings/option_table.h"
+#include "settings/parse_hooks.h"
+#include "settings/tester_setting.h"
+#include "settings_test_support.h"
+
+namespace kesh::settings::testing {
+namespace {
+
+/// What the handler throws: the message and its stream.
+struct Intercepted {
+  FatalStream stream;
+  std::string text;
+};
+
+[[noreturn]] void throwIntercepted(FatalStream stream, const std::string& text) { throw Intercepted{stream, text}; }
+
+/// Sends standard output to `sink` while alive, also when a fatal error unwinds through it.
+class StdoutTo {
+ public:
+  explicit StdoutTo(std::ostringstream& sink) : saved_(std::cout.rdbuf(sink.rdbuf())) {}
+  ~StdoutTo() { std::cout.rdbuf(saved_); }
+
+ private:
+  std::streambuf* saved_;
+};
+
+class ParseHooksTest : public ::testing::Test {
+ protected:
+  void SetUp() override { setFatalHandler(throwIntercepted); }
+  void TearDown() override {
+    setFatalHandler(nullptr);
+    parseHooks() = ParseHooks{};
+  }
+  /// Runs the global parser on "prog" and `args`, its output captured into `echo`.
+  std::optional<TesterSetting> parse(std::vector<std::string> args) {
+    args.insert(args.begin(), "prog");
+    std::vector<char*> argv;
+    for (std::string& arg : args) argv.push_back(arg.data());
+    std::optional<TesterSetting> setting;
+    StdoutTo quiet(echo);
+    setting.emplace(static_cast<int>(argv.size()), argv.data());
+    return setting;
+  }
+  TempDir dir;
+  std::ostringstream echo;
+};
+
+struct FatalRow {
+  const char* name;
+  std::vector<std::string> args;
+  FatalStream stream;
+  std::string text;
+};
+
+void PrintTo(const FatalRow& row, std::ostream* out) { *out << row.name; }
+
+class FatalInterceptTest : public ParseHooksTest, public ::testing::WithParamInterface<FatalRow> {};
+
+TEST_P(FatalInterceptTest, HandlerReceivesTheMessageInsteadOfTheProcessEnding) {
+  const FatalRow& row = GetParam();
+  try {
+    parse(row.args);
+    FAIL() << "no fatal error";
+  } catch (const Intercepted& caught) {
+    EXPECT_EQ(caught.stream, row.stream);
+    EXPECT_EQ(caught.text, row.text);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Messages, FatalInterceptTest,
+    ::testing::Values(
+        FatalRow{"NoPatternFirst", {"--command", "/dev/null", "-b", "1"}, FatalStream::kStderr,
+                 "No pattern binary found, set pattern binary first!\n"},
+        FatalRow{"MissingArgumentGlobalShort", {"-f"}, FatalStream::kStdout,
+                 "prog: option requires an argument - 'f\n"},
+        FatalRow{"InvalidMode", {"-t", "6"}, FatalStream::kStderr, "Invalid mode: 6\n"},
+        FatalRow{"CannotOpen", {"--command", "/nonexistent/x"}, FatalStream::kStderr,
+                 "Error: cannot open file /nonexistent/x\n"}),
+    [](const ::testing::TestParamInfo<FatalRow>& param) { return std::string(param.param.name); });
+
+TEST_F(ParseHooksTest, PerCommandFatalsReachTheHandler) {
+  struct Row {
+    std::string line;
+    FatalStream stream;
+    std::string text;
+  };
+  const Row rows[] = {
+      {"-x", FatalStream::kStderr, "Unknown option: 63\n"},
+      {"-t 0 -f", FatalStream::kStdout, "prog: option requires an argument -- '102'\n"},
+      {"-l 64", FatalStream::kStderr, "Invalid group loop count: 64. Maximum is 64\n"},
+  };
+  for (const Row& row : rows) {
+    try {
+      StdoutTo quiet(echo);
+      TesterSetting::TestCommand("prog", row.line);
+      ADD_FAILURE() << row.line << ": no fatal error";
+    } catch (const Intercepted& caught) {
+      EXPECT_EQ(caught.stream, row.stream) << row.line;
+      EXPECT_EQ(caught.text, row.text) << row.line;
+    }
+  }
+}
+
+TEST_F(ParseHooksTest, HooksSeeSetsOptionsBindingsAndIgnoredWords) {
+  std::vector<std::string> seen;
+  ParseHooks& hooks = parseHooks();
+  hooks.readData = [&](DataRole role, const char* path) {
+    seen.push_back("read " + std::to_string(static_cast<int>(role)) + " " + path);
+    return std::vector<uint8_t>(3, 0);
+  };
+  hooks.commandSetStarts = [&](const CommandOrigin& origin) {
+    seen.push_back(std::string("set ") + (origin.fileName ? origin.fileName : "<command line>") + ":" +
+                   std::to_string(origin.lineNumber) + " [" + origin.line + "]");
+  };
+  hooks.optionApplied = [&](int code, const char* argument) {
+    seen.push_back("option " + std::to_string(code) + " " + (argument ? argument : "-"));
+  };
+  hooks.dataBound = [&](const DataBinding& binding) {
+    seen.push_back("bind " + std::to_string(binding.subCommand) + " " + binding.argName + " " + binding.path +
+                   (binding.kept ? " kept" : " dropped"));
+  };
+  hooks.optionIgnored = [&](const char* word) { seen.push_back(std::string("ignored ") + word); };
+
+  const std::string file = dir.write("sets.txt", "-f /d/p.bin -i /d/a.bin -i /e/a.x\n--pack");
+  std::optional<TesterSetting> setting = parse({"--version", "--h", "-z", "--command", file, "-f", "q.bin", "stray"});
+  ASSERT_TRUE(setting.has_value());
+  const std::vector<std::string> expected = {
+      "ignored --version",
+      "ignored --h",
+      "ignored -z",
+      "set " + file + ":1 [-f /d/p.bin -i /d/a.bin -i /e/a.x]",
+      "option 102 /d/p.bin",
+      "read 0 /d/p.bin",
+      "option 105 /d/a.bin",
+      "read 1 /d/a.bin",
+      "bind 0 a /d/a.bin kept",
+      "option 105 /e/a.x",
+      "read 1 /e/a.x",
+      "bind 0 a /e/a.x dropped",
+      "set " + file + ":2 [--pack]",
+      "option 2 -",
+      "ignored stray",
+      "set <command line>:0 [ -f q.bin]",
+      "option 102 q.bin",
+      "read 0 q.bin",
+  };
+  EXPECT_EQ(seen, expected);
+}
+
+TEST_F(ParseHooksTest, CommandFileGoesOnAfterAFaultyLineWhenTheEmbedderAsks) {
+  std::vector<std::string> errors;
+  parseHooks().readCommandFile = [&](const char* programName, const char* fileName) {
+    std::vector<TesterSetting::TestCommand> commands;
+    forEachCommandLine(fileName, [&](const std::string& line) {
+      try {
+        commands.emplace_back(programName, line);
+      } catch (const Intercepted& caught) {
+        errors.push_back(caught.text);
+        resetScanner();
+      }
+    });
+    return commands;
+  };
+  // The last line fails inside a cluster of short options: the scan of the
+  // program's arguments must not resume inside its words.
+  const std::string file = dir.write("sets.txt", "-g 1\n-q\n-l 64\n-g 1\n-qpack");
+  std::optional<TesterSetting> setting = parse({"--command", file, "-r"});
+  ASSERT_TRUE(setting.has_value());
+  EXPECT_EQ(errors, (std::vector<std::string>{"Unknown option: 63\n", "Invalid group loop count: 64. Maximum is 64\n",
+                                              "Unknown option: 63\n"}));
+  EXPECT_TRUE(setting->random);
+  ASSERT_EQ(setting->commandGroups.size(), 1u);
+  EXPECT_EQ(setting->commandGroups[0].size(), 2u);
+}
+
+}  // namespace
+}  // namespace kesh::settings::testing
