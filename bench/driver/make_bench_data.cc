@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "test_patterns.h"
+#include "sample_patterns.h"
 
 int main() {
   const std::vector<uint8_t> pattern = kesh::testing::matMulPattern(192, 192, 192);

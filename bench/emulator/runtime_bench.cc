@@ -9,11 +9,12 @@
 #include <initializer_list>
 #include <vector>
 
-#include "test_patterns.h"
+#include "pattern_calls.h"
+#include "sample_patterns.h"
 
 namespace {
 
-using namespace kesh::runtime::testing;  // NOLINT: the test patterns and API helpers
+using namespace kesh::testing;  // NOLINT: the sample patterns and API helpers
 
 /// A built one-node graph of `binary` whose two arguments are bound to `size`-byte memories.
 _pattern_graph* boundGraph(_kesh_player* player, const std::vector<uint8_t>& binary, uint32_t size,
@@ -26,7 +27,7 @@ _pattern_graph* boundGraph(_kesh_player* player, const std::vector<uint8_t>& bin
 
 void BM_JobOverhead(benchmark::State& state) {
   _kesh_player* player = keshCreatePlayer("bench");
-  _pattern_graph* graph = boundGraph(player, copyPattern(64), 64, {7, 3});
+  _pattern_graph* graph = boundGraph(player, copyPattern(64, 7, 3), 64, {7, 3});
   std::vector<double> micros;
   for (auto _ : state) {
     const auto start = std::chrono::steady_clock::now();

@@ -54,50 +54,54 @@ inline constexpr uint32_t kMaxInternalTotal = 1u << 28; // all internal buffers 
 inline constexpr uint32_t kMaxConstSize = 1u << 28;     // constant data
 inline constexpr uint32_t kMaxMatMulK = 1u << 20;      // inner dimension of matmul
 
-// A buffer reference (u32): space in bits 31..24, number in bits 23..0.
+// A buffer reference (u32): space in the top 8 bits, number in the low 24.
 //   space 0: argument, number = position in the argument table (not its index)
 //   space 1: internal buffer, number = position in the internal table
 //   space 2: constant data, number must be 0 (read-only)
 // kNoBuffer (0xFFFFFFFF) marks an optional operand that is absent.
 enum class Space : uint32_t { kArg = 0, kInternal = 1, kConst = 2 };
 inline constexpr uint32_t kNoBuffer = 0xFFFFFFFFu;
+inline constexpr uint32_t kSpaceShift = 24;
+inline constexpr uint32_t kNumberMask = (1u << kSpaceShift) - 1;
+
+/// The reference to buffer `number` of `space`.
 constexpr uint32_t bufferRef(Space space, uint32_t number) {
-  return (static_cast<uint32_t>(space) << 24) | (number & 0xFFFFFFu);
+  return (static_cast<uint32_t>(space) << kSpaceShift) | (number & kNumberMask);
 }
+/// The space of reference `ref`, as encoded (it may name no known space).
+constexpr uint32_t refSpace(uint32_t ref) { return ref >> kSpaceShift; }
+/// The buffer number of reference `ref` within its space.
+constexpr uint32_t refNumber(uint32_t ref) { return ref & kNumberMask; }
+/// True when `ref` names buffer space `space`.
+constexpr bool inSpace(uint32_t ref, Space space) { return refSpace(ref) == static_cast<uint32_t>(space); }
 
 // Element types of element-wise operations.
 enum class DType : uint32_t { kU8 = 0, kI8 = 1, kI16 = 2, kI32 = 3 };
 
-// Opcodes and their parameters. Offsets are byte offsets into the buffer;
-// counts are element counts unless stated otherwise.
+/// Bytes per element of element type `dtype`, or 0 for an unknown type.
+constexpr uint32_t elementSize(uint32_t dtype) {
+  switch (static_cast<DType>(dtype)) {
+    case DType::kU8:
+    case DType::kI8: return 1;
+    case DType::kI16: return 2;
+    case DType::kI32: return 4;
+  }
+  return 0;
+}
+
+// Opcodes. Their parameters, in order, are listed in op_table.h.
 enum class Opcode : uint32_t {
-  // p0 dst, p1 dst_off, p2 length (bytes), p3 value (0..255)
-  kFill = 0x01,
-  // p0 dst, p1 dst_off, p2 src, p3 src_off, p4 length (bytes); overlap-safe
-  kCopy = 0x02,
-  // p0 dst, p1 dst_off, p2 dst_stride, p3 src, p4 src_off, p5 src_stride,
-  // p6 width (bytes per row), p7 rows; strides >= width
-  kCopy2D = 0x03,
-  // p0 func (UnaryFunc), p1 dtype, p2 dst, p3 dst_off, p4 src, p5 src_off,
-  // p6 count, p7 imm (i32, used by the *I functions)
-  kUnary = 0x10,
-  // p0 func (BinaryFunc), p1 dtype, p2 dst, p3 dst_off, p4 a, p5 a_off,
-  // p6 b, p7 b_off, p8 count
-  kBinary = 0x11,
-  // p0 dst, p1 dst_off, p2 src, p3 src_off, p4 count (bytes),
-  // p5 table, p6 table_off (256 bytes): dst[i] = table[src[i]]
-  kLut = 0x20,
+  kFill = 0x01,    // byte fill
+  kCopy = 0x02,    // byte copy; overlap-safe
+  kCopy2D = 0x03,  // rows of bytes, each side with its own stride
+  kUnary = 0x10,   // element-wise func(src, imm)
+  kBinary = 0x11,  // element-wise func(a, b)
+  kLut = 0x20,     // dst[i] = table[src[i]] with a 256-byte table
   // 2-D convolution of a u8 plane with a k x k kernel of little-endian i16
-  // weights (row-major), edge clamp, rounding shift, saturation to u8:
-  // p0 dst, p1 dst_off, p2 dst_stride, p3 src, p4 src_off, p5 src_stride,
-  // p6 width, p7 height, p8 row_begin, p9 row_end (rows written),
-  // p10 kernel, p11 kernel_off, p12 k (3 or 5), p13 shift (0..31), p14 bias (i32)
+  // weights (row-major), edge clamp, rounding shift, saturation to u8.
   kConv2D = 0x30,
-  // int8 matrix product C[M][N] = requant(bias[n] + sum_k A[m][k] * B[k][n]):
-  // p0 dst, p1 dst_off, p2 a, p3 a_off, p4 b, p5 b_off, p6 bias (i32 per n,
-  // or kNoBuffer), p7 bias_off, p8 M, p9 K, p10 N, p11 multiplier (i32),
-  // p12 shift (0..62), p13 zero_point (i32), p14 out dtype (kU8 or kI8).
-  // A matrix-vector product is N = 1.
+  // int8 matrix product C[M][N] = requant(bias[n] + sum_k A[m][k] * B[k][n]);
+  // a matrix-vector product is N = 1.
   kMatMul = 0x40,
 };
 

@@ -15,8 +15,6 @@ const char* unaryFuncName(uint32_t value);
 const char* binaryFuncName(uint32_t value);
 /// Returns the name of element type `value` ("i16"), or nullptr if unknown.
 const char* dtypeName(uint32_t value);
-/// Returns the size in bytes of element type `value`, or 0 if unknown.
-uint32_t dtypeSize(uint32_t value);
 
 }  // namespace kesh::format
 

@@ -4,6 +4,7 @@
 
 #include "format/format_defs.h"
 #include "format/names.h"
+#include "format/op_table.h"
 
 namespace kesh::format {
 namespace {
@@ -23,21 +24,6 @@ struct Span {
   uint64_t end = 0;
 };
 
-// Number of leading parameters each opcode uses; the rest must be zero.
-uint32_t usedParams(Opcode opcode) {
-  switch (opcode) {
-    case Opcode::kFill: return 4;
-    case Opcode::kCopy: return 5;
-    case Opcode::kCopy2D: return 8;
-    case Opcode::kUnary: return 8;
-    case Opcode::kBinary: return 9;
-    case Opcode::kLut: return 7;
-    case Opcode::kConv2D: return 15;
-    case Opcode::kMatMul: return 15;
-  }
-  return 0;
-}
-
 bool usesImmediate(uint32_t func) {
   return func >= static_cast<uint32_t>(UnaryFunc::kShlI);
 }
@@ -49,9 +35,6 @@ class Checker {
   bool run();
 
  private:
-  uint32_t p(int i) const { return op_.p[static_cast<size_t>(i)]; }
-  int32_t signedP(int i) const { return static_cast<int32_t>(p(i)); }
-
   bool fail(const std::string& message) {
     if (error_) *error_ = message;
     return false;
@@ -61,6 +44,13 @@ class Checker {
   bool span(const char* role, uint32_t ref, uint64_t off, uint64_t length, bool written, Span* out);
   bool rows(const char* role, uint32_t ref, uint64_t off, uint64_t stride, uint64_t width, uint64_t firstRow,
             uint64_t rowCount, bool written, Span* out);
+  bool span(const char* role, BufferAt at, uint64_t length, bool written, Span* out) {
+    return span(role, at.ref, at.offset, length, written, out);
+  }
+  bool rows(const char* role, BufferAt at, uint64_t stride, uint64_t width, uint64_t firstRow, uint64_t rowCount,
+            bool written, Span* out) {
+    return rows(role, at.ref, at.offset, stride, width, firstRow, rowCount, written, out);
+  }
   bool disjoint(const Span& dst, const Span& src, const char* srcRole);
   bool disjointOrSame(const Span& dst, const Span& src, const char* srcRole);
   bool nonZero(const char* what, uint32_t value);
@@ -81,8 +71,8 @@ class Checker {
 };
 
 bool Checker::bufferSize(const char* role, uint32_t ref, uint64_t* size) {
-  const uint32_t space = ref >> 24;
-  const uint32_t number = ref & 0xFFFFFFu;
+  const uint32_t space = refSpace(ref);
+  const uint32_t number = refNumber(ref);
   const std::string prefix = std::string(role) + ": ";
   switch (space) {
     case static_cast<uint32_t>(Space::kArg):
@@ -107,7 +97,7 @@ bool Checker::bufferSize(const char* role, uint32_t ref, uint64_t* size) {
 bool Checker::span(const char* role, uint32_t ref, uint64_t off, uint64_t length, bool written, Span* out) {
   uint64_t size = 0;
   if (!bufferSize(role, ref, &size)) return false;
-  if (written && (ref >> 24) == static_cast<uint32_t>(Space::kConst)) {
+  if (written && inSpace(ref, Space::kConst)) {
     return fail(std::string(role) + ": constant data is read-only");
   }
   const uint64_t end = mulAdd(1, length, off);
@@ -151,102 +141,133 @@ bool Checker::atMost(const char* what, uint32_t value, uint32_t limit) {
 }
 
 bool Checker::fill() {
+  using P = OpParams<Opcode::kFill>;
+  const P p(op_);
+  const uint32_t length = p.u32<P::at("length")>();
   Span dst;
-  return nonZero("length", p(2)) && span("dst", p(0), p(1), p(2), true, &dst) && atMost("value", p(3), 255);
+  return nonZero("length", length) && span("dst", p.buffer<P::at("dst")>(), length, true, &dst) &&
+         atMost("value", p.u32<P::at("value")>(), 255);
 }
 
 bool Checker::copy() {
+  using P = OpParams<Opcode::kCopy>;
+  const P p(op_);
+  const uint32_t length = p.u32<P::at("length")>();
   Span dst, src;
-  return nonZero("length", p(4)) && span("dst", p(0), p(1), p(4), true, &dst) &&
-         span("src", p(2), p(3), p(4), false, &src);
+  return nonZero("length", length) && span("dst", p.buffer<P::at("dst")>(), length, true, &dst) &&
+         span("src", p.buffer<P::at("src")>(), length, false, &src);
 }
 
 bool Checker::copy2D() {
-  const uint32_t width = p(6), rowCount = p(7);
+  using P = OpParams<Opcode::kCopy2D>;
+  const P p(op_);
+  const uint32_t width = p.u32<P::at("width")>(), rowCount = p.u32<P::at("rows")>();
+  const uint32_t dstStride = p.u32<P::at("dst_stride")>(), srcStride = p.u32<P::at("src_stride")>();
   if (!nonZero("width", width) || !nonZero("rows", rowCount)) return false;
-  if (p(2) < width) return fail("dst_stride below width");
-  if (p(5) < width) return fail("src_stride below width");
+  if (dstStride < width) return fail("dst_stride below width");
+  if (srcStride < width) return fail("src_stride below width");
   Span dst, src;
-  return rows("dst", p(0), p(1), p(2), width, 0, rowCount, true, &dst) &&
-         rows("src", p(3), p(4), p(5), width, 0, rowCount, false, &src) && disjoint(dst, src, "src");
+  return rows("dst", p.buffer<P::at("dst")>(), dstStride, width, 0, rowCount, true, &dst) &&
+         rows("src", p.buffer<P::at("src")>(), srcStride, width, 0, rowCount, false, &src) &&
+         disjoint(dst, src, "src");
 }
 
 bool Checker::unary() {
-  const uint32_t func = p(0);
+  using P = OpParams<Opcode::kUnary>;
+  const P p(op_);
+  const uint32_t func = p.code<P::at("func")>(), dtype = p.code<P::at("type")>(), count = p.u32<P::at("count")>();
+  const auto imm = static_cast<uint32_t>(p.i32<P::at("imm")>());
   if (!unaryFuncName(func)) return fail("unknown unary function " + std::to_string(func));
-  const uint32_t elementSize = dtypeSize(p(1));
-  if (elementSize == 0) return fail("unknown element type " + std::to_string(p(1)));
-  if (!nonZero("count", p(6))) return false;
-  const uint64_t length = uint64_t{p(6)} * elementSize;
+  if (elementSize(dtype) == 0) return fail("unknown element type " + std::to_string(dtype));
+  if (!nonZero("count", count)) return false;
+  const uint64_t length = uint64_t{count} * elementSize(dtype);
   Span dst, src;
-  if (!span("dst", p(2), p(3), length, true, &dst) || !span("src", p(4), p(5), length, false, &src) ||
-      !disjointOrSame(dst, src, "src")) {
+  if (!span("dst", p.buffer<P::at("dst")>(), length, true, &dst) ||
+      !span("src", p.buffer<P::at("src")>(), length, false, &src) || !disjointOrSame(dst, src, "src")) {
     return false;
   }
-  if (!usesImmediate(func)) return p(7) == 0 || fail("imm is not used by " + std::string(unaryFuncName(func)));
+  if (!usesImmediate(func)) return imm == 0 || fail("imm is not used by " + std::string(unaryFuncName(func)));
   const bool isShift = func == static_cast<uint32_t>(UnaryFunc::kShlI) ||
                        func == static_cast<uint32_t>(UnaryFunc::kShrI);
-  return !isShift || atMost("imm", p(7), 31);
+  return !isShift || atMost("imm", imm, 31);
 }
 
 bool Checker::binary() {
-  if (!binaryFuncName(p(0))) return fail("unknown binary function " + std::to_string(p(0)));
-  const uint32_t elementSize = dtypeSize(p(1));
-  if (elementSize == 0) return fail("unknown element type " + std::to_string(p(1)));
-  if (!nonZero("count", p(8))) return false;
-  const uint64_t length = uint64_t{p(8)} * elementSize;
+  using P = OpParams<Opcode::kBinary>;
+  const P p(op_);
+  const uint32_t func = p.code<P::at("func")>(), dtype = p.code<P::at("type")>(), count = p.u32<P::at("count")>();
+  if (!binaryFuncName(func)) return fail("unknown binary function " + std::to_string(func));
+  if (elementSize(dtype) == 0) return fail("unknown element type " + std::to_string(dtype));
+  if (!nonZero("count", count)) return false;
+  const uint64_t length = uint64_t{count} * elementSize(dtype);
   Span dst, a, b;
-  return span("dst", p(2), p(3), length, true, &dst) && span("a", p(4), p(5), length, false, &a) &&
-         span("b", p(6), p(7), length, false, &b) && disjointOrSame(dst, a, "a") && disjointOrSame(dst, b, "b");
+  return span("dst", p.buffer<P::at("dst")>(), length, true, &dst) &&
+         span("a", p.buffer<P::at("a")>(), length, false, &a) && span("b", p.buffer<P::at("b")>(), length, false, &b) &&
+         disjointOrSame(dst, a, "a") && disjointOrSame(dst, b, "b");
 }
 
 bool Checker::lut() {
+  using P = OpParams<Opcode::kLut>;
+  const P p(op_);
+  const uint32_t count = p.u32<P::at("count")>();
   Span dst, src, table;
-  return nonZero("count", p(4)) && span("dst", p(0), p(1), p(4), true, &dst) &&
-         span("src", p(2), p(3), p(4), false, &src) && span("table", p(5), p(6), 256, false, &table) &&
-         disjointOrSame(dst, src, "src") && disjoint(dst, table, "table");
+  return nonZero("count", count) && span("dst", p.buffer<P::at("dst")>(), count, true, &dst) &&
+         span("src", p.buffer<P::at("src")>(), count, false, &src) &&
+         span("table", p.buffer<P::at("table")>(), 256, false, &table) && disjointOrSame(dst, src, "src") &&
+         disjoint(dst, table, "table");
 }
 
 bool Checker::conv2D() {
-  const uint32_t width = p(6), height = p(7), rowBegin = p(8), rowEnd = p(9), k = p(12);
+  using P = OpParams<Opcode::kConv2D>;
+  const P p(op_);
+  const uint32_t width = p.u32<P::at("width")>(), height = p.u32<P::at("height")>();
+  const uint32_t rowBegin = p.u32<P::at("row_begin")>(), rowEnd = p.u32<P::at("row_end")>();
+  const uint32_t dstStride = p.u32<P::at("dst_stride")>(), srcStride = p.u32<P::at("src_stride")>();
+  const uint32_t k = p.u32<P::at("k")>();
   if (!nonZero("width", width) || !nonZero("height", height)) return false;
-  if (p(2) < width) return fail("dst_stride below width");
-  if (p(5) < width) return fail("src_stride below width");
+  if (dstStride < width) return fail("dst_stride below width");
+  if (srcStride < width) return fail("src_stride below width");
   if (rowBegin >= rowEnd || rowEnd > height) {
     return fail("rows " + std::to_string(rowBegin) + ".." + std::to_string(rowEnd) + " not inside height " +
                 std::to_string(height));
   }
   if (k != 3 && k != 5) return fail("k " + std::to_string(k) + " is not 3 or 5");
-  if (!atMost("shift", p(13), 31)) return false;
+  if (!atMost("shift", p.u32<P::at("shift")>(), 31)) return false;
   Span dst, src, kernel;
-  return rows("dst", p(0), p(1), p(2), width, rowBegin, rowEnd - rowBegin, true, &dst) &&
-         rows("src", p(3), p(4), p(5), width, 0, height, false, &src) &&
-         span("kernel", p(10), p(11), uint64_t{k} * k * 2, false, &kernel) && disjoint(dst, src, "src") &&
-         disjoint(dst, kernel, "kernel");
+  return rows("dst", p.buffer<P::at("dst")>(), dstStride, width, rowBegin, rowEnd - rowBegin, true, &dst) &&
+         rows("src", p.buffer<P::at("src")>(), srcStride, width, 0, height, false, &src) &&
+         span("kernel", p.buffer<P::at("kernel")>(), uint64_t{k} * k * 2, false, &kernel) &&
+         disjoint(dst, src, "src") && disjoint(dst, kernel, "kernel");
 }
 
 bool Checker::matMul() {
-  const uint64_t m = p(8), k = p(9), n = p(10);
-  if (!nonZero("m", p(8)) || !nonZero("k", p(9)) || !nonZero("n", p(10)) || !atMost("k", p(9), kMaxMatMulK) ||
-      !atMost("shift", p(12), 62)) {
+  using P = OpParams<Opcode::kMatMul>;
+  const P p(op_);
+  const uint32_t m = p.u32<P::at("m")>(), k = p.u32<P::at("k")>(), n = p.u32<P::at("n")>();
+  const uint32_t out = p.code<P::at("out")>();
+  if (!nonZero("m", m) || !nonZero("k", k) || !nonZero("n", n) || !atMost("k", k, kMaxMatMulK) ||
+      !atMost("shift", p.u32<P::at("shift")>(), 62)) {
     return false;
   }
-  if (p(14) != static_cast<uint32_t>(DType::kU8) && p(14) != static_cast<uint32_t>(DType::kI8)) {
-    return fail("output type " + std::to_string(p(14)) + " is not u8 or i8");
+  if (out != static_cast<uint32_t>(DType::kU8) && out != static_cast<uint32_t>(DType::kI8)) {
+    return fail("output type " + std::to_string(out) + " is not u8 or i8");
   }
   Span dst, a, b, bias;
-  if (!span("dst", p(0), p(1), mulAdd(m, n, 0), true, &dst) || !span("a", p(2), p(3), mulAdd(m, k, 0), false, &a) ||
-      !span("b", p(4), p(5), mulAdd(k, n, 0), false, &b) || !disjoint(dst, a, "a") || !disjoint(dst, b, "b")) {
+  if (!span("dst", p.buffer<P::at("dst")>(), mulAdd(m, n, 0), true, &dst) ||
+      !span("a", p.buffer<P::at("a")>(), mulAdd(m, k, 0), false, &a) ||
+      !span("b", p.buffer<P::at("b")>(), mulAdd(k, n, 0), false, &b) || !disjoint(dst, a, "a") ||
+      !disjoint(dst, b, "b")) {
     return false;
   }
-  if (p(6) == kNoBuffer) return p(7) == 0 || fail("bias_off without a bias");
-  return span("bias", p(6), p(7), n * 4, false, &bias) && disjoint(dst, bias, "bias");
+  const BufferAt biasAt = p.buffer<P::at("bias")>();
+  if (biasAt.ref == kNoBuffer) return biasAt.offset == 0 || fail("bias_off without a bias");
+  return span("bias", biasAt, uint64_t{n} * 4, false, &bias) && disjoint(dst, bias, "bias");
 }
 
 bool Checker::run() {
   const uint32_t opcode = static_cast<uint32_t>(op_.opcode);
   if (!opcodeName(opcode)) return fail("unknown opcode " + std::to_string(opcode));
-  for (uint32_t i = usedParams(op_.opcode); i < kOpParamCount; ++i) {
+  for (uint32_t i = findOp(op_.opcode)->wordCount; i < kOpParamCount; ++i) {
     if (op_.p[i] != 0) return fail("unused parameter p" + std::to_string(i) + " is not 0");
   }
   switch (op_.opcode) {

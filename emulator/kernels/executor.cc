@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "format/op_table.h"
 #include "kernels/conv2d.h"
 #include "kernels/elementwise.h"
 #include "kernels/fill_copy.h"
@@ -12,7 +13,9 @@
 namespace kesh::kernels {
 namespace {
 
+using format::BufferAt;
 using format::Op;
+using format::OpParams;
 using format::Opcode;
 using format::Program;
 using format::Space;
@@ -64,11 +67,21 @@ class Buffers {
     return r.readable + off;
   }
 
+  /// write() of rows starting at a buffer parameter.
+  uint8_t* write(BufferAt at, uint64_t stride, uint64_t rows, uint64_t width) {
+    return write(at.ref, at.offset, stride, rows, width);
+  }
+
+  /// read() of rows starting at a buffer parameter.
+  const uint8_t* read(BufferAt at, uint64_t stride, uint64_t rows, uint64_t width) {
+    return read(at.ref, at.offset, stride, rows, width);
+  }
+
   /// write() for one contiguous range.
-  uint8_t* write(uint32_t ref, uint64_t off, uint64_t length) { return write(ref, off, 0, 1, length); }
+  uint8_t* write(BufferAt at, uint64_t length) { return write(at.ref, at.offset, 0, 1, length); }
 
   /// read() for one contiguous range.
-  const uint8_t* read(uint32_t ref, uint64_t off, uint64_t length) { return read(ref, off, 0, 1, length); }
+  const uint8_t* read(BufferAt at, uint64_t length) { return read(at.ref, at.offset, 0, 1, length); }
 
  private:
   struct Region {
@@ -78,8 +91,8 @@ class Buffers {
   };
 
   Region region(uint32_t ref) {
-    const uint32_t number = ref & 0xFFFFFFu;
-    switch (static_cast<Space>(ref >> 24)) {
+    const uint32_t number = format::refNumber(ref);
+    switch (static_cast<Space>(format::refSpace(ref))) {
       case Space::kArg:
         if (number < program_.args.size()) {
           return {args_[number].data, args_[number].data, program_.args[number].size};
@@ -103,100 +116,114 @@ class Buffers {
   std::vector<std::vector<uint8_t>> internals_;
 };
 
-size_t elementSize(uint32_t dtype) {
-  switch (static_cast<format::DType>(dtype)) {
-    case format::DType::kU8:
-    case format::DType::kI8: return 1;
-    case format::DType::kI16: return 2;
-    case format::DType::kI32: return 4;
-  }
-  invalidProgram("unknown element type");
-}
-
 void runFill(const Op& op, Buffers& buf) {
-  const auto& p = op.p;
-  fill(buf.write(p[0], p[1], p[2]), p[2], static_cast<uint8_t>(p[3]));
+  using P = OpParams<Opcode::kFill>;
+  const P p(op);
+  const uint32_t length = p.u32<P::at("length")>();
+  fill(buf.write(p.buffer<P::at("dst")>(), length), length, static_cast<uint8_t>(p.u32<P::at("value")>()));
 }
 
 void runCopy(const Op& op, Buffers& buf) {
-  const auto& p = op.p;
-  const uint8_t* src = buf.read(p[2], p[3], p[4]);
-  copy(buf.write(p[0], p[1], p[4]), src, p[4]);
+  using P = OpParams<Opcode::kCopy>;
+  const P p(op);
+  const uint32_t length = p.u32<P::at("length")>();
+  const uint8_t* src = buf.read(p.buffer<P::at("src")>(), length);
+  copy(buf.write(p.buffer<P::at("dst")>(), length), src, length);
 }
 
 void runCopy2D(const Op& op, Buffers& buf) {
-  const auto& p = op.p;
-  const uint8_t* src = buf.read(p[3], p[4], p[5], p[7], p[6]);
-  copy2d(buf.write(p[0], p[1], p[2], p[7], p[6]), p[2], src, p[5], p[6], p[7]);
+  using P = OpParams<Opcode::kCopy2D>;
+  const P p(op);
+  const uint32_t width = p.u32<P::at("width")>(), rows = p.u32<P::at("rows")>();
+  const uint32_t dstStride = p.u32<P::at("dst_stride")>(), srcStride = p.u32<P::at("src_stride")>();
+  const uint8_t* src = buf.read(p.buffer<P::at("src")>(), srcStride, rows, width);
+  copy2d(buf.write(p.buffer<P::at("dst")>(), dstStride, rows, width), dstStride, src, srcStride, width, rows);
+}
+
+// The byte length of `count` elements of `dtype`.
+uint64_t elementBytes(uint32_t count, uint32_t dtype) {
+  const uint32_t size = format::elementSize(dtype);
+  if (size == 0) invalidProgram("unknown element type");
+  return uint64_t{count} * size;
 }
 
 void runUnary(const Op& op, Buffers& buf) {
-  const auto& p = op.p;
-  const uint64_t bytes = uint64_t{p[6]} * elementSize(p[1]);
-  const uint8_t* src = buf.read(p[4], p[5], bytes);
-  uint8_t* dst = buf.write(p[2], p[3], bytes);
-  if (!unary(static_cast<format::UnaryFunc>(p[0]), static_cast<format::DType>(p[1]), dst, src,
-             p[6], static_cast<int32_t>(p[7]))) {
+  using P = OpParams<Opcode::kUnary>;
+  const P p(op);
+  const uint32_t count = p.u32<P::at("count")>(), dtype = p.code<P::at("type")>();
+  const uint64_t bytes = elementBytes(count, dtype);
+  const uint8_t* src = buf.read(p.buffer<P::at("src")>(), bytes);
+  uint8_t* dst = buf.write(p.buffer<P::at("dst")>(), bytes);
+  if (!unary(static_cast<format::UnaryFunc>(p.code<P::at("func")>()), static_cast<format::DType>(dtype), dst, src,
+             count, p.i32<P::at("imm")>())) {
     invalidProgram("unknown unary function");
   }
 }
 
 void runBinary(const Op& op, Buffers& buf) {
-  const auto& p = op.p;
-  const uint64_t bytes = uint64_t{p[8]} * elementSize(p[1]);
-  const uint8_t* a = buf.read(p[4], p[5], bytes);
-  const uint8_t* b = buf.read(p[6], p[7], bytes);
-  uint8_t* dst = buf.write(p[2], p[3], bytes);
-  if (!binary(static_cast<format::BinaryFunc>(p[0]), static_cast<format::DType>(p[1]), dst, a, b,
-              p[8])) {
+  using P = OpParams<Opcode::kBinary>;
+  const P p(op);
+  const uint32_t count = p.u32<P::at("count")>(), dtype = p.code<P::at("type")>();
+  const uint64_t bytes = elementBytes(count, dtype);
+  const uint8_t* a = buf.read(p.buffer<P::at("a")>(), bytes);
+  const uint8_t* b = buf.read(p.buffer<P::at("b")>(), bytes);
+  uint8_t* dst = buf.write(p.buffer<P::at("dst")>(), bytes);
+  if (!binary(static_cast<format::BinaryFunc>(p.code<P::at("func")>()), static_cast<format::DType>(dtype), dst, a,
+              b, count)) {
     invalidProgram("unknown binary function");
   }
 }
 
 void runLut(const Op& op, Buffers& buf) {
-  const auto& p = op.p;
-  const uint8_t* src = buf.read(p[2], p[3], p[4]);
-  const uint8_t* table = buf.read(p[5], p[6], 256);
-  lut(buf.write(p[0], p[1], p[4]), src, p[4], table);
+  using P = OpParams<Opcode::kLut>;
+  const P p(op);
+  const uint32_t count = p.u32<P::at("count")>();
+  const uint8_t* src = buf.read(p.buffer<P::at("src")>(), count);
+  const uint8_t* table = buf.read(p.buffer<P::at("table")>(), 256);
+  lut(buf.write(p.buffer<P::at("dst")>(), count), src, count, table);
 }
 
 void runConv2D(const Op& op, Buffers& buf) {
-  const auto& p = op.p;
+  using P = OpParams<Opcode::kConv2D>;
+  const P p(op);
   Conv2DParams c;
-  c.width = p[6];
-  c.height = p[7];
-  c.rowBegin = p[8];
-  c.rowEnd = p[9];
-  c.k = p[12];
-  c.shift = p[13];
-  c.bias = static_cast<int32_t>(p[14]);
+  c.width = p.u32<P::at("width")>();
+  c.height = p.u32<P::at("height")>();
+  c.rowBegin = p.u32<P::at("row_begin")>();
+  c.rowEnd = p.u32<P::at("row_end")>();
+  c.k = p.u32<P::at("k")>();
+  c.shift = p.u32<P::at("shift")>();
+  c.bias = p.i32<P::at("bias")>();
   if (c.rowBegin > c.rowEnd || c.rowEnd > c.height) invalidProgram("conv2d rows outside the plane");
   if (c.rowBegin == c.rowEnd) return;
-  c.srcStride = p[5];
-  c.src = buf.read(p[3], p[4], p[5], c.height, c.width);
-  c.dstStride = p[2];
+  c.srcStride = p.u32<P::at("src_stride")>();
+  c.src = buf.read(p.buffer<P::at("src")>(), c.srcStride, c.height, c.width);
+  c.dstStride = p.u32<P::at("dst_stride")>();
   // Rows before rowBegin are not written, so only the written ones must fit.
-  c.dst = buf.write(p[0], uint64_t{p[1]} + uint64_t{c.rowBegin} * p[2], p[2],
+  const BufferAt dst = p.buffer<P::at("dst")>();
+  c.dst = buf.write(dst.ref, uint64_t{dst.offset} + uint64_t{c.rowBegin} * c.dstStride, c.dstStride,
                     c.rowEnd - c.rowBegin, c.width) -
-          size_t{c.rowBegin} * p[2];
-  c.weights = buf.read(p[10], p[11], uint64_t{c.k} * c.k * 2);
+          size_t{c.rowBegin} * c.dstStride;
+  c.weights = buf.read(p.buffer<P::at("kernel")>(), uint64_t{c.k} * c.k * 2);
   if (!conv2d(c)) invalidProgram("conv2d kernel size");
 }
 
 void runMatMul(const Op& op, Buffers& buf) {
-  const auto& p = op.p;
+  using P = OpParams<Opcode::kMatMul>;
+  const P p(op);
   MatMulParams m;
-  m.m = p[8];
-  m.k = p[9];
-  m.n = p[10];
-  m.multiplier = static_cast<int32_t>(p[11]);
-  m.shift = p[12];
-  m.zeroPoint = static_cast<int32_t>(p[13]);
-  m.outType = static_cast<format::DType>(p[14]);
-  m.a = buf.read(p[2], p[3], m.k, m.m, m.k);
-  m.b = buf.read(p[4], p[5], m.n, m.k, m.n);
-  if (p[6] != format::kNoBuffer) m.bias = buf.read(p[6], p[7], uint64_t{m.n} * 4);
-  m.dst = buf.write(p[0], p[1], m.n, m.m, m.n);
+  m.m = p.u32<P::at("m")>();
+  m.k = p.u32<P::at("k")>();
+  m.n = p.u32<P::at("n")>();
+  m.multiplier = p.i32<P::at("multiplier")>();
+  m.shift = p.u32<P::at("shift")>();
+  m.zeroPoint = p.i32<P::at("zero_point")>();
+  m.outType = static_cast<format::DType>(p.code<P::at("out")>());
+  m.a = buf.read(p.buffer<P::at("a")>(), m.k, m.m, m.k);
+  m.b = buf.read(p.buffer<P::at("b")>(), m.n, m.k, m.n);
+  const BufferAt bias = p.buffer<P::at("bias")>();
+  if (bias.ref != format::kNoBuffer) m.bias = buf.read(bias, uint64_t{m.n} * 4);
+  m.dst = buf.write(p.buffer<P::at("dst")>(), m.n, m.m, m.n);
   if (!matmul(m)) invalidProgram("matmul output type");
 }
 

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "kesh/kesh_pattern.h"
+
 namespace kesh::runtime {
 namespace {
-
-constexpr uint32_t kNum = 0, kIndex = 1, kName = 2, kNoAlloc = 3, kSize = 4;
 
 std::string joinedNames(const format::Program& program) {
   std::string joined;
@@ -20,8 +20,8 @@ std::string joinedNames(const format::Program& program) {
 
 uint32_t fieldOf(const format::ArgSpec& arg, uint32_t type) {
   switch (type) {
-    case kIndex: return arg.index;
-    case kNoAlloc: return arg.noAlloc ? 1u : 0u;
+    case PATTERN_ARG_INFO_INDEX: return arg.index;
+    case PATTERN_ARG_INFO_NO_ALLOC: return arg.noAlloc ? 1u : 0u;
     default: return arg.size;
   }
 }
@@ -30,15 +30,15 @@ uint32_t fieldOf(const format::ArgSpec& arg, uint32_t type) {
 
 bool argInfoSize(const format::Program& program, uint32_t type, uint32_t* size) {
   switch (type) {
-    case kNum:
+    case PATTERN_ARG_INFO_NUM:
       *size = 4;
       return true;
-    case kIndex:
-    case kNoAlloc:
-    case kSize:
+    case PATTERN_ARG_INFO_INDEX:
+    case PATTERN_ARG_INFO_NO_ALLOC:
+    case PATTERN_ARG_INFO_SIZE:
       *size = static_cast<uint32_t>(4 * program.args.size());  // at most 256 arguments
       return true;
-    case kName:
+    case PATTERN_ARG_INFO_NAME:
       *size = static_cast<uint32_t>(joinedNames(program).size() + 1);
       return true;
     default:
@@ -49,14 +49,14 @@ bool argInfoSize(const format::Program& program, uint32_t type, uint32_t* size) 
 bool argInfo(const format::Program& program, uint32_t type, void* data, uint32_t size) {
   uint32_t needed = 0;
   if (!argInfoSize(program, type, &needed)) return false;
-  if (type == kNum) {
+  if (type == PATTERN_ARG_INFO_NUM) {
     if (size < 1) return false;
     uint32_t count = static_cast<uint32_t>(program.args.size());
     std::memcpy(data, &count, sizeof count);
     return true;
   }
   if (size < needed) return false;
-  if (type == kName) {
+  if (type == PATTERN_ARG_INFO_NAME) {
     std::string joined = joinedNames(program);
     std::memcpy(data, joined.c_str(), joined.size() + 1);
     return true;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "test_patterns.h"
+#include "sample_patterns.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "player_test.h"
-#include "test_patterns.h"
+#include "sample_patterns.h"
 
 namespace kesh::testing {
 namespace {

@@ -10,7 +10,7 @@
 #include <sstream>
 
 #include "e2e_config.h"
-#include "test_patterns.h"
+#include "sample_patterns.h"
 
 namespace kesh::testing {
 namespace {

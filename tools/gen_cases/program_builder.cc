@@ -4,24 +4,16 @@
 #include <cstdlib>
 #include <string>
 
+#include "format/op_builder.h"
 #include "format/reader.h"
 #include "format/writer.h"
 
 namespace kesh::gencases {
 namespace {
 
+using format::makeOp;
 using format::Op;
 using format::Opcode;
-
-Op makeOp(Opcode opcode, std::initializer_list<uint32_t> params) {
-  Op op;
-  op.opcode = opcode;
-  size_t i = 0;
-  for (uint32_t value : params) op.p[i++] = value;
-  return op;
-}
-
-uint32_t bits(int32_t value) { return static_cast<uint32_t>(value); }
 
 [[noreturn]] void die(const char* what, const std::string& why) {
   std::fprintf(stderr, "%s: %s\n", what, why.c_str());
@@ -35,37 +27,38 @@ uint32_t internalBuffer(uint32_t number) { return format::bufferRef(format::Spac
 uint32_t constBuffer() { return format::bufferRef(format::Space::kConst, 0); }
 
 Op fillOp(At dst, uint32_t length, uint8_t value) {
-  return makeOp(Opcode::kFill, {dst.buffer, dst.offset, length, value});
+  return makeOp(Opcode::kFill, {{"dst", dst}, {"length", length}, {"value", uint32_t{value}}});
 }
 
 Op copy2dOp(At dst, uint32_t dstStride, At src, uint32_t srcStride, uint32_t width, uint32_t rows) {
-  return makeOp(Opcode::kCopy2D, {dst.buffer, dst.offset, dstStride, src.buffer, src.offset, srcStride, width, rows});
+  return makeOp(Opcode::kCopy2D, {{"dst", dst}, {"dst_stride", dstStride}, {"src", src}, {"src_stride", srcStride},
+                                  {"width", width}, {"rows", rows}});
 }
 
 Op unaryOp(format::UnaryFunc func, format::DType dtype, At dst, At src, uint32_t count, int32_t imm) {
-  return makeOp(Opcode::kUnary, {static_cast<uint32_t>(func), static_cast<uint32_t>(dtype), dst.buffer, dst.offset,
-                                 src.buffer, src.offset, count, bits(imm)});
+  return makeOp(Opcode::kUnary,
+                {{"func", func}, {"type", dtype}, {"dst", dst}, {"src", src}, {"count", count}, {"imm", imm}});
 }
 
 Op binaryOp(format::BinaryFunc func, format::DType dtype, At dst, At a, At b, uint32_t count) {
-  return makeOp(Opcode::kBinary, {static_cast<uint32_t>(func), static_cast<uint32_t>(dtype), dst.buffer, dst.offset,
-                                  a.buffer, a.offset, b.buffer, b.offset, count});
+  return makeOp(Opcode::kBinary, {{"func", func}, {"type", dtype}, {"dst", dst}, {"a", a}, {"b", b}, {"count", count}});
 }
 
 Op lutOp(At dst, At src, uint32_t count, At table) {
-  return makeOp(Opcode::kLut, {dst.buffer, dst.offset, src.buffer, src.offset, count, table.buffer, table.offset});
+  return makeOp(Opcode::kLut, {{"dst", dst}, {"src", src}, {"count", count}, {"table", table}});
 }
 
 Op conv2dOp(const Conv2dParams& c) {
-  return makeOp(Opcode::kConv2D, {c.dst.buffer, c.dst.offset, c.stride, c.src.buffer, c.src.offset, c.stride,
-                                  c.width, c.height, c.rowBegin, c.rowEnd, c.kernel.buffer, c.kernel.offset, c.k,
-                                  c.shift, bits(c.bias)});
+  return makeOp(Opcode::kConv2D, {{"dst", c.dst}, {"dst_stride", c.stride}, {"src", c.src}, {"src_stride", c.stride},
+                                  {"width", c.width}, {"height", c.height}, {"row_begin", c.rowBegin},
+                                  {"row_end", c.rowEnd}, {"kernel", c.kernel}, {"k", c.k}, {"shift", c.shift},
+                                  {"bias", c.bias}});
 }
 
 Op matmulOp(const MatMulParams& m) {
-  return makeOp(Opcode::kMatMul, {m.dst.buffer, m.dst.offset, m.a.buffer, m.a.offset, m.b.buffer, m.b.offset,
-                                  m.bias.buffer, m.bias.offset, m.m, m.k, m.n, bits(m.multiplier), m.shift,
-                                  bits(m.zeroPoint), static_cast<uint32_t>(m.outType)});
+  return makeOp(Opcode::kMatMul, {{"dst", m.dst}, {"a", m.a}, {"b", m.b}, {"bias", m.bias}, {"m", m.m}, {"k", m.k},
+                                  {"n", m.n}, {"multiplier", m.multiplier}, {"shift", m.shift},
+                                  {"zero_point", m.zeroPoint}, {"out", m.outType}});
 }
 
 std::vector<uint8_t> encodeChecked(const format::Program& program, uint32_t padTo, const char* what) {

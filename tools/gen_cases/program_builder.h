@@ -1,4 +1,4 @@
-// Helpers that spell out pattern operations by parameter name, and the final
+// The operations the generated cases use, spelled by parameter name, and the final
 // encoding step of a generated pattern. Stateless; safe from any thread.
 #ifndef KESH_TOOLS_GEN_CASES_PROGRAM_BUILDER_H_
 #define KESH_TOOLS_GEN_CASES_PROGRAM_BUILDER_H_
@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "format/op_table.h"
 #include "format/program.h"
 
 namespace kesh::gencases {
@@ -18,10 +19,7 @@ uint32_t internalBuffer(uint32_t number);
 uint32_t constBuffer();
 
 /// A buffer and a byte offset into it.
-struct At {
-  uint32_t buffer;
-  uint32_t offset;
-};
+using At = format::BufferAt;
 
 /// `length` bytes at `dst` set to `value`.
 format::Op fillOp(At dst, uint32_t length, uint8_t value);
@@ -46,7 +44,7 @@ format::Op conv2dOp(const Conv2dParams& params);
 /// Parameters of a quantised int8 matrix product.
 struct MatMulParams {
   At dst, a, b;
-  At bias;  ///< bias.buffer == kNoBuffer for none
+  At bias;  ///< bias.ref == kNoBuffer for none
   uint32_t m, k, n;
   int32_t multiplier;
   uint32_t shift;

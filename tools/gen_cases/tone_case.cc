@@ -103,7 +103,7 @@ Program gradeProgram() {
   program.internalSizes = {kBytes, kPixels, kPixels};
   for (const Lut& curve : channelCurves()) program.constData.insert(program.constData.end(), curve.begin(), curve.end());
   for (uint32_t ch = 0; ch < 3; ++ch) {
-    program.ops.push_back(copy2dOp(plane(ch), 1, {source.buffer, ch}, 3, 1, kPixels));
+    program.ops.push_back(copy2dOp(plane(ch), 1, {source.ref, ch}, 3, 1, kPixels));
     program.ops.push_back(lutOp(plane(ch), plane(ch), kPixels, {constBuffer(), ch * 256}));
   }
   program.ops.push_back(binaryOp(BinaryFunc::kAvg, DType::kU8, scratch, plane(0), plane(2), kPixels));

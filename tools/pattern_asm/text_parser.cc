@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "format/names.h"
+#include "format/op_table.h"
 #include "format/op_validator.h"
 #include "format/table_rules.h"
-#include "pattern_asm/op_syntax.h"
 #include "pattern_asm/text_lexer.h"
 
 namespace kesh::pattern_text {
@@ -46,7 +46,7 @@ class Parser {
   bool parseConst(const Tokens& tokens);
   bool appendConst(const std::string& type, const Tokens& values);
   bool parseOp(const PendingOp& pending, format::Op* op);
-  bool parseField(const Field& field, const std::string& value, format::Op* op);
+  bool parseField(const format::ParamSpec& field, const std::string& value, format::Op* op);
   bool parseBuffer(const std::string& text, bool optional, uint32_t* ref, uint32_t* offset);
   bool parseBufferId(const std::string& text, size_t* pos, uint32_t* ref, uint64_t* base);
   bool parseNumber(const std::string& text, int64_t min, int64_t max, const char* what, int64_t* value);
@@ -116,7 +116,7 @@ bool Parser::parseLine(const Tokens& tokens) {
   if (word == "arg") return parseArg(tokens);
   if (word == "internal") return parseInternal(tokens);
   if (word == "const") return parseConst(tokens);
-  if (!findSyntax(word)) return fail("unknown directive or operation \"" + word + "\"");
+  if (!format::findOp(word)) return fail("unknown directive or operation \"" + word + "\"");
   if (ops_.size() >= format::kMaxOps) return fail("more than " + std::to_string(format::kMaxOps) + " operations");
   ops_.push_back({line_, tokens});
   return true;
@@ -233,7 +233,7 @@ bool Parser::appendConst(const std::string& type, const Tokens& values) {
 }
 
 bool Parser::parseOp(const PendingOp& pending, format::Op* op) {
-  const OpSyntax& syntax = *findSyntax(pending.tokens[0]);
+  const format::OpSpec& syntax = *format::findOp(pending.tokens[0]);
   op->opcode = syntax.opcode;
   op->p.fill(0);
   std::set<std::string> seen;
@@ -242,44 +242,43 @@ bool Parser::parseOp(const PendingOp& pending, format::Op* op) {
     if (!splitKeyValue(pending.tokens[i], &key, &value)) {
       return fail("expected key=value, got \"" + pending.tokens[i] + "\"");
     }
-    const Field* field = nullptr;
-    for (const Field& candidate : syntax.fields) {
-      if (key == candidate.key) field = &candidate;
-    }
-    if (!field) return fail("unknown key \"" + key + "\" for " + syntax.name);
+    const format::ParamSpec* field = format::findParam(syntax, key);
+    if (!field) return fail("unknown key \"" + key + "\" for " + syntax.mnemonic);
     if (!seen.insert(key).second) return fail("duplicate key \"" + key + "\"");
     if (!parseField(*field, value, op)) return false;
   }
-  for (const Field& field : syntax.fields) {
-    if (seen.count(field.key)) continue;
-    if (!field.optional) return fail(std::string("missing ") + field.key + "= for " + syntax.name);
-    op->p[static_cast<size_t>(field.param)] = fieldDefault(field, op->p);
+  for (size_t i = 0; i < syntax.paramCount; ++i) {
+    const format::ParamSpec& field = syntax.params[i];
+    if (seen.count(field.name)) continue;
+    if (field.presence == format::Presence::kRequired) {
+      return fail(std::string("missing ") + field.name + "= for " + syntax.mnemonic);
+    }
+    op->p[field.position] = format::paramDefault(syntax, field, op->p);
   }
   return true;
 }
 
-bool Parser::parseField(const Field& field, const std::string& value, format::Op* op) {
-  uint32_t& param = op->p[static_cast<size_t>(field.param)];
+bool Parser::parseField(const format::ParamSpec& field, const std::string& value, format::Op* op) {
+  uint32_t& param = op->p[field.position];
   int64_t number = 0;
   switch (field.kind) {
-    case FieldKind::kBuffer:
-    case FieldKind::kOptionalBuffer:
-      return parseBuffer(value, field.kind == FieldKind::kOptionalBuffer, &param,
-                         &op->p[static_cast<size_t>(field.offsetParam)]);
-    case FieldKind::kU32:
-      if (!parseNumber(value, 0, kU32Max, field.key, &number)) return false;
+    case format::ParamKind::kBuffer:
+    case format::ParamKind::kOptionalBuffer:
+      return parseBuffer(value, field.kind == format::ParamKind::kOptionalBuffer, &param, &op->p[field.position + 1]);
+    case format::ParamKind::kU32:
+      if (!parseNumber(value, 0, kU32Max, field.name, &number)) return false;
       param = static_cast<uint32_t>(number);
       return true;
-    case FieldKind::kI32:
+    case format::ParamKind::kI32:
       // Hexadecimal bit patterns up to 0xFFFFFFFF are accepted as well.
-      if (!parseNumber(value, kI32Min, kU32Max, field.key, &number)) return false;
+      if (!parseNumber(value, kI32Min, kU32Max, field.name, &number)) return false;
       param = static_cast<uint32_t>(number);
       return true;
-    case FieldKind::kUnaryFunc:
+    case format::ParamKind::kUnaryFunc:
       return lookupName(format::unaryFuncName, value, &param) || fail("unknown unary function \"" + value + "\"");
-    case FieldKind::kBinaryFunc:
+    case format::ParamKind::kBinaryFunc:
       return lookupName(format::binaryFuncName, value, &param) || fail("unknown binary function \"" + value + "\"");
-    case FieldKind::kDType:
+    case format::ParamKind::kDType:
       return lookupName(format::dtypeName, value, &param) || fail("unknown element type \"" + value + "\"");
   }
   return false;

@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "format/names.h"
-#include "pattern_asm/op_syntax.h"
+#include "format/op_table.h"
 #include "pattern_asm/text_lexer.h"
 
 namespace kesh::pattern_text {
@@ -15,9 +15,9 @@ constexpr size_t kConstBytesPerLine = 16;
 
 std::string bufferText(const Program& program, uint32_t ref, uint32_t offset) {
   if (ref == format::kNoBuffer) return "none";
-  const uint32_t number = ref & 0xFFFFFFu;
+  const uint32_t number = format::refNumber(ref);
   std::string text;
-  switch (static_cast<format::Space>(ref >> 24)) {
+  switch (static_cast<format::Space>(format::refSpace(ref))) {
     case format::Space::kArg:
       text = "arg:" + quoteIfNeeded(number < program.args.size() ? program.args[number].name : "?");
       break;
@@ -33,32 +33,35 @@ std::string bufferText(const Program& program, uint32_t ref, uint32_t offset) {
 
 const char* nameOrUnknown(const char* name) { return name ? name : "?"; }
 
-std::string fieldText(const Program& program, const format::Op& op, const Field& field) {
-  const uint32_t value = op.p[static_cast<size_t>(field.param)];
+std::string fieldText(const Program& program, const format::Op& op, const format::ParamSpec& field) {
+  const uint32_t value = op.p[field.position];
   switch (field.kind) {
-    case FieldKind::kBuffer:
-    case FieldKind::kOptionalBuffer:
-      return bufferText(program, value, op.p[static_cast<size_t>(field.offsetParam)]);
-    case FieldKind::kU32: return std::to_string(value);
-    case FieldKind::kI32: return std::to_string(static_cast<int32_t>(value));
-    case FieldKind::kUnaryFunc: return nameOrUnknown(format::unaryFuncName(value));
-    case FieldKind::kBinaryFunc: return nameOrUnknown(format::binaryFuncName(value));
-    case FieldKind::kDType: return nameOrUnknown(format::dtypeName(value));
+    case format::ParamKind::kBuffer:
+    case format::ParamKind::kOptionalBuffer:
+      return bufferText(program, value, op.p[field.position + 1]);
+    case format::ParamKind::kU32: return std::to_string(value);
+    case format::ParamKind::kI32: return std::to_string(static_cast<int32_t>(value));
+    case format::ParamKind::kUnaryFunc: return nameOrUnknown(format::unaryFuncName(value));
+    case format::ParamKind::kBinaryFunc: return nameOrUnknown(format::binaryFuncName(value));
+    case format::ParamKind::kDType: return nameOrUnknown(format::dtypeName(value));
   }
   return "?";
 }
 
-bool isDefault(const format::Op& op, const Field& field) {
-  if (!field.optional || op.p[static_cast<size_t>(field.param)] != fieldDefault(field, op.p)) return false;
-  return field.offsetParam < 0 || op.p[static_cast<size_t>(field.offsetParam)] == 0;
+bool isDefault(const format::OpSpec& spec, const format::Op& op, const format::ParamSpec& field) {
+  if (field.presence == format::Presence::kRequired || op.p[field.position] != format::paramDefault(spec, field, op.p)) {
+    return false;
+  }
+  return !format::isBuffer(field.kind) || op.p[field.position + 1] == 0;
 }
 
 std::string opText(const Program& program, const format::Op& op) {
-  const OpSyntax* syntax = findSyntax(op.opcode);
-  if (!syntax) return "# unknown opcode " + std::to_string(static_cast<uint32_t>(op.opcode)) + "\n";
-  std::string line = syntax->name;
-  for (const Field& field : syntax->fields) {
-    if (!isDefault(op, field)) line += std::string(" ") + field.key + "=" + fieldText(program, op, field);
+  const format::OpSpec* spec = format::findOp(op.opcode);
+  if (!spec) return "# unknown opcode " + std::to_string(static_cast<uint32_t>(op.opcode)) + "\n";
+  std::string line = spec->mnemonic;
+  for (size_t i = 0; i < spec->paramCount; ++i) {
+    const format::ParamSpec& field = spec->params[i];
+    if (!isDefault(*spec, op, field)) line += std::string(" ") + field.name + "=" + fieldText(program, op, field);
   }
   return line + "\n";
 }

@@ -6,7 +6,8 @@
 
 #include "format/le_bytes.h"
 #include "format/writer.h"
-#include "sample_program.h"
+#include "format/op_table.h"
+#include "sample_patterns.h"
 
 namespace kesh::format {
 namespace {
@@ -79,7 +80,7 @@ TEST(ReaderTest, RefusesBadHeadersAndArgumentAndInternalBufferTables) {
 
 TEST(ReaderTest, NamesTheFailingOperationAndLeavesTheOutputAlone) {
   Program program = testing::sampleProgram(), out = testing::sampleProgram();
-  program.ops[3].p[6] = 3073;  // unary count one element past its buffers
+  program.ops[3].p[paramPosition(Opcode::kUnary, "count")] = 3073;  // unary count one element past its buffers
   expectRefused(encodePattern(program), "operation 3 (unary): dst: bytes 0..3073 outside its buffer of 3072 bytes");
   EXPECT_FALSE(decodes(encodePattern(program), &out));
   EXPECT_TRUE(out == testing::sampleProgram());

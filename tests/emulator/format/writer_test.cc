@@ -2,18 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include "sample_program.h"
+#include "format/op_builder.h"
 
 namespace kesh::format {
 namespace {
-
-using testing::makeOp;
 
 TEST(WriterTest, LaysOutHeaderTablesOpsConstantsAndZeroPaddingInOrder) {
   Program program;
   program.args = {{5, 0x1234, true, "img"}};
   program.internalSizes = {0xABCD};
-  program.ops = {makeOp(Opcode::kFill, {bufferRef(Space::kInternal, 0), 2, 3, 0xFF})};
+  program.ops = {makeOp(Opcode::kFill, {{"dst", BufferAt{bufferRef(Space::kInternal, 0), 2}}, {"length", 3}, {"value", 0xFF}})};
   program.constData = {0xDE, 0xAD};
   // Header, argument (index, size, flags, 36-byte name), internal size,
   // operation (opcode and 15 parameters), constant bytes.

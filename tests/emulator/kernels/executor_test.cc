@@ -4,18 +4,20 @@
 
 #include <vector>
 
-#include "sample_program.h"
+#include "format/op_builder.h"
+#include "sample_patterns.h"
 
 namespace kesh::kernels {
 namespace {
 
 using format::BinaryFunc;
+using format::DType;
+using format::makeOp;
 using format::Opcode;
 using format::Program;
-using format::testing::makeOp;
+using kesh::testing::argRef;
 
-uint32_t arg(uint32_t position) { return format::bufferRef(format::Space::kArg, position); }
-const uint32_t kTmp = format::bufferRef(format::Space::kInternal, 0), kConst = format::bufferRef(format::Space::kConst, 0);
+const uint32_t kTmp = format::bufferRef(format::Space::kInternal, 0), kConst = kesh::testing::kConst;
 
 std::vector<BufferView> views(std::vector<std::vector<uint8_t>>& buffers) {
   std::vector<BufferView> out;
@@ -23,15 +25,22 @@ std::vector<BufferView> views(std::vector<std::vector<uint8_t>>& buffers) {
   return out;
 }
 
+format::Op fill(uint32_t dst, uint32_t length, uint32_t value) {
+  return makeOp(Opcode::kFill, {{"dst", dst}, {"length", length}, {"value", value}});
+}
+
+format::Op addInto(uint32_t dst, uint32_t b) {
+  return makeOp(Opcode::kBinary,
+                {{"func", BinaryFunc::kAdd}, {"type", DType::kU8}, {"dst", dst}, {"a", dst}, {"b", b}, {"count", 8}});
+}
+
 TEST(ExecutorTest, InternalBuffersStartZeroedOnEveryCallAndOpsRunInOrder) {
   // Argument indices differ from table positions: references use positions.
   Program program;
   program.args = {{5, 8, false, "in"}, {2, 8, false, "out"}};
   program.internalSizes = {8};
-  const uint32_t add = static_cast<uint32_t>(BinaryFunc::kAdd);
-  program.ops = {makeOp(Opcode::kFill, {arg(1), 0, 8, 9}), makeOp(Opcode::kBinary, {add, 0, kTmp, 0, kTmp, 0, arg(0), 0, 8}),
-                 makeOp(Opcode::kBinary, {add, 0, kTmp, 0, kTmp, 0, arg(0), 0, 8}),
-                 makeOp(Opcode::kCopy, {arg(1), 0, kTmp, 0, 8}), makeOp(Opcode::kFill, {kTmp, 0, 8, 0x77})};
+  program.ops = {fill(argRef(1), 8, 9), addInto(kTmp, argRef(0)), addInto(kTmp, argRef(0)),
+                 makeOp(Opcode::kCopy, {{"dst", argRef(1)}, {"src", kTmp}, {"length", 8}}), fill(kTmp, 8, 0x77)};
   std::vector<std::vector<uint8_t>> buffers = {{1, 2, 3, 4, 5, 100, 127, 200}, std::vector<uint8_t>(8)};
   for (int call = 0; call < 3; ++call) {
     executeProgram(program, views(buffers));
@@ -48,10 +57,11 @@ TEST(ExecutorDeathTest, ProgramsThatWouldLeaveTheirBuffersStopTheProcess) {
     program.ops = {o};
     return [&] { executeProgram(program, views(buffers)); };
   };
-  EXPECT_DEATH(runs(makeOp(Opcode::kFill, {kConst, 0, 4, 0}))(), "write to constant data");
-  EXPECT_DEATH(runs(makeOp(Opcode::kMatMul, {arg(0), 0, arg(0), 0, kConst, 0, format::kNoBuffer, 0, 3, 3, 1, 1}))(),
-               "read outside a buffer");
-  EXPECT_DEATH(runs(makeOp(Opcode::kFill, {kTmp, 0, 1, 0}))(), "unknown buffer reference");
+  const format::Op tallB = makeOp(Opcode::kMatMul, {{"dst", argRef(0)}, {"a", argRef(0)}, {"b", kConst}, {"m", 3},
+                                                    {"k", 3}, {"n", 1}, {"multiplier", 1}});
+  EXPECT_DEATH(runs(fill(kConst, 4, 0))(), "write to constant data");
+  EXPECT_DEATH(runs(tallB)(), "read outside a buffer");
+  EXPECT_DEATH(runs(fill(kTmp, 1, 0))(), "unknown buffer reference");
   EXPECT_DEATH(executeProgram(program, views(small)), "argument buffer too small");
 }
 

@@ -12,7 +12,7 @@
 #include "format/writer.h"
 #include "pattern_asm/text_parser.h"
 #include "pattern_asm/text_printer.h"
-#include "sample_program.h"
+#include "sample_patterns.h"
 
 namespace kesh::pattern_text {
 namespace {
@@ -93,7 +93,7 @@ TEST_F(PatternAsmTest, ReportsOneLineErrorsWithExitStatusOne) {
 // reader still accepts (reaching every field, and names with characters that
 // need quoting or could be taken for syntax), survive the text form.
 TEST(TextRoundTripTest, EveryAcceptedMutationOfTheSampleRoundTrips) {
-  const std::vector<uint8_t> good = format::encodePattern(format::testing::sampleProgram());
+  const std::vector<uint8_t> good = format::encodePattern(kesh::testing::sampleProgram());
   const int values[] = {0x01, 0x80, 0xFF, '"', '\\', ' ', '#', '+', '=', ':'};
   size_t checked = 0;
   for (size_t i = 0; i <= good.size(); ++i) {

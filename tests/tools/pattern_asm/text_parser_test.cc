@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include "format/op_table.h"
+
 namespace kesh::pattern_text {
 namespace {
 
 using format::bufferRef;
+using format::Opcode;
+using format::paramPosition;
 using format::Space;
 
 TEST(TextParserTest, LaysOutConstantsResolvesLabelsAndFillsDefaults) {
@@ -28,11 +32,13 @@ TEST(TextParserTest, LaysOutConstantsResolvesLabelsAndFillsDefaults) {
   ASSERT_EQ(program.constData.size(), expected.size() + 18);
   EXPECT_TRUE(std::equal(expected.begin(), expected.end(), program.constData.begin()));
   ASSERT_EQ(program.ops.size(), 2u);
-  EXPECT_EQ(program.ops[0].p[0], bufferRef(Space::kInternal, 0));
-  EXPECT_EQ(program.ops[0].p[2], bufferRef(Space::kConst, 0));
-  EXPECT_EQ(program.ops[0].p[3], 4u);  // label at 3, +1
-  EXPECT_EQ(program.ops[1].p[9], 10u) << "row_end defaults to height";
-  EXPECT_EQ(program.ops[1].p[11], 17u);
+  const auto& copy = program.ops[0].p;
+  EXPECT_EQ(copy[paramPosition(Opcode::kCopy, "dst")], bufferRef(Space::kInternal, 0));
+  EXPECT_EQ(copy[paramPosition(Opcode::kCopy, "src")], bufferRef(Space::kConst, 0));
+  EXPECT_EQ(copy[paramPosition(Opcode::kCopy, "src") + 1], 4u) << "label at 3, +1";
+  const auto& conv = program.ops[1].p;
+  EXPECT_EQ(conv[paramPosition(Opcode::kConv2D, "row_end")], 10u) << "row_end defaults to height";
+  EXPECT_EQ(conv[paramPosition(Opcode::kConv2D, "kernel") + 1], 17u);
 }
 
 TEST(TextParserTest, ReportsTheLineOfTheFirstFault) {

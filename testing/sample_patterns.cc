@@ -1,0 +1,98 @@
+#include "sample_patterns.h"
+
+#include "format/writer.h"
+
+namespace kesh::testing {
+namespace {
+
+using format::BinaryFunc;
+using format::DType;
+using format::makeOp;
+using format::Op;
+using format::Opcode;
+using format::UnaryFunc;
+
+std::vector<uint8_t> encode(std::vector<format::ArgSpec> args, std::vector<Op> ops,
+                            std::vector<uint8_t> constData = {}) {
+  format::Program program;
+  program.args = std::move(args);
+  program.ops = std::move(ops);
+  program.constData = std::move(constData);
+  return format::encodePattern(program);
+}
+
+}  // namespace
+
+std::vector<uint8_t> patternBinary(const std::vector<TestArg>& args, const std::vector<Op>& ops) {
+  std::vector<format::ArgSpec> specs;
+  for (const TestArg& arg : args) specs.push_back({arg.index, arg.size, arg.noAlloc, arg.name});
+  return encode(specs, ops);
+}
+
+uint32_t argRef(uint32_t position) { return format::bufferRef(format::Space::kArg, position); }
+
+Op copyOp(uint32_t dst, uint32_t src, uint32_t length) {
+  return makeOp(Opcode::kCopy, {{"dst", argRef(dst)}, {"src", argRef(src)}, {"length", length}});
+}
+
+std::vector<uint8_t> copyPattern(uint32_t size, uint32_t inIndex, uint32_t outIndex) {
+  return patternBinary({{"in", inIndex, size}, {"out", outIndex, size}}, {copyOp(1, 0, size)});
+}
+
+std::vector<uint8_t> matMulPattern(uint32_t m, uint32_t k, uint32_t n) {
+  const Op op = makeOp(Opcode::kMatMul, {{"dst", argRef(2)}, {"a", argRef(0)}, {"b", argRef(1)}, {"m", m},
+                                         {"k", k}, {"n", n}, {"multiplier", 1}, {"out", DType::kI8}});
+  return patternBinary({{"a", 0, m * k}, {"b", 1, k * n}, {"c", 2, m * n}}, {op});
+}
+
+std::vector<uint8_t> scratchPattern(uint32_t size) {
+  return encode({{0, size, false, "in"}, {9, size, true, "scratch"}, {2, size, false, "out"}},
+                {makeOp(Opcode::kBinary, {{"func", BinaryFunc::kAdd}, {"type", DType::kU8}, {"dst", argRef(2)},
+                                          {"a", argRef(0)}, {"b", argRef(1)}, {"count", size}}),
+                 makeOp(Opcode::kFill, {{"dst", argRef(1)}, {"length", size}, {"value", 0xFF}})});
+}
+
+std::vector<uint8_t> convPattern(uint32_t width, uint32_t height) {
+  std::vector<uint8_t> ones(50, 0);
+  for (size_t i = 0; i < 25; ++i) ones[2 * i] = 1;
+  return encode({{0, width * height, false, "src"}, {1, width * height, false, "dst"}},
+                {makeOp(Opcode::kConv2D, {{"dst", argRef(1)}, {"dst_stride", width}, {"src", argRef(0)},
+                                          {"src_stride", width}, {"width", width}, {"height", height},
+                                          {"row_end", height}, {"kernel", kConst}, {"k", 5}, {"shift", 5}})},
+                ones);
+}
+
+format::Program sampleProgram() {
+  format::Program program;
+  program.args = {{0, 3072, false, "in"}, {1, 3072, false, "out"}, {7, 256, true, "scratch"}};
+  program.internalSizes = {3072, 64};
+  program.constData.assign(304, 0);
+  const int16_t kernel[9] = {1, 2, 1, 2, 4, 2, 1, 2, -1};
+  for (int i = 0; i < 9; ++i) {
+    program.constData[2 * i] = static_cast<uint8_t>(kernel[i]);
+    program.constData[2 * i + 1] = static_cast<uint8_t>(static_cast<uint16_t>(kernel[i]) >> 8);
+  }
+  for (int i = 0; i < 256; ++i) program.constData[32 + i] = static_cast<uint8_t>(255 - i);
+  program.constData[288] = 0x10;
+  program.constData[303] = 0x80;
+  program.ops = {
+      makeOp(Opcode::kFill, {{"dst", kTmp0}, {"length", 3072}, {"value", 7}}),
+      makeOp(Opcode::kCopy, {{"dst", kTmp0}, {"src", kIn}, {"length", 3072}}),
+      makeOp(Opcode::kCopy2D, {{"dst", kTmp1}, {"dst_stride", 8}, {"src", kIn}, {"src_stride", 64}, {"width", 8},
+                               {"rows", 8}}),
+      makeOp(Opcode::kUnary, {{"func", UnaryFunc::kAddI}, {"type", DType::kU8}, {"dst", kTmp0}, {"src", kTmp0},
+                              {"count", 3072}, {"imm", 5}}),
+      makeOp(Opcode::kBinary, {{"func", BinaryFunc::kAvg}, {"type", DType::kU8}, {"dst", kOut}, {"a", kTmp0},
+                               {"b", kIn}, {"count", 3072}}),
+      makeOp(Opcode::kLut, {{"dst", kOut}, {"src", kOut}, {"count", 3072}, {"table", format::BufferAt{kConst, 32}}}),
+      makeOp(Opcode::kConv2D, {{"dst", kOut}, {"dst_stride", 64}, {"src", kIn}, {"src_stride", 64}, {"width", 64},
+                               {"height", 48}, {"row_end", 48}, {"kernel", kConst}, {"k", 3}, {"shift", 4},
+                               {"bias", -16}}),
+      makeOp(Opcode::kMatMul, {{"dst", kScratch}, {"a", kIn}, {"b", format::BufferAt{kIn, 64}},
+                               {"bias", format::BufferAt{kConst, 288}}, {"m", 4}, {"k", 16}, {"n", 4},
+                               {"multiplier", 1 << 20}, {"shift", 20}, {"zero_point", -3}, {"out", DType::kI8}}),
+  };
+  return program;
+}
+
+}  // namespace kesh::testing
