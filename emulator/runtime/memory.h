@@ -2,15 +2,18 @@
 // host mapping. Host writes reach the device only through flush() and device
 // writes reach the host only through invalidate(), so a program that forgets
 // either sees stale data, as it would on the device. Fresh memory is zero on
-// both sides. The mapping is rounded up to whole 4 KiB pages (the slack is
-// zero and never flushed), as a device mapping would be.
+// both sides. Both sides live in whole pages between two inaccessible guard
+// pages, as a device's memory unit would protect them: the host mapping ends
+// exactly at its trailing guard page (its slack lies before it, zero and never
+// flushed), so even one byte written or read past the end faults at once
+// instead of corrupting whatever lies behind it.
 // Thread-safe for the map state; the bytes themselves follow the device's
 // rules: flushing or invalidating memory that an unfinished job uses races.
 #ifndef KESH_EMULATOR_RUNTIME_MEMORY_H_
 #define KESH_EMULATOR_RUNTIME_MEMORY_H_
 
+#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <mutex>
 
@@ -18,13 +21,20 @@
 
 namespace kesh::runtime {
 
-/// A zero-filled byte block; freed with the last reference. Jobs hold a
-/// reference, so destroying the memory handle never frees bytes in use.
+/// A zero-filled byte block in whole pages of its own, with an inaccessible
+/// guard page before and after them; freed with the last reference. Jobs hold
+/// a reference, so destroying the memory handle never frees bytes in use.
 class ByteBlock {
  public:
+  /// Where the bytes sit in their pages.
+  enum class Placement {
+    kPageStart,  ///< page-aligned start: what the kernels get
+    kGuardEnd,   ///< ends exactly at the trailing guard page: what a program maps
+  };
+
   /// A zero-filled block of `size` bytes, or null when it cannot be allocated.
-  static std::shared_ptr<ByteBlock> allocate(uint64_t size);
-  ~ByteBlock() { std::free(data_); }
+  static std::shared_ptr<ByteBlock> allocate(uint64_t size, Placement placement = Placement::kPageStart);
+  ~ByteBlock();
   ByteBlock(const ByteBlock&) = delete;
   ByteBlock& operator=(const ByteBlock&) = delete;
 
@@ -32,9 +42,14 @@ class ByteBlock {
   uint8_t* data() const { return data_; }
   /// Size in bytes.
   size_t size() const { return size_; }
+  /// The system's page size: the granularity of blocks and of their guards.
+  static size_t pageSize();
 
  private:
-  ByteBlock(uint8_t* data, size_t size) : data_(data), size_(size) {}
+  ByteBlock(void* region, size_t regionLength, uint8_t* data, size_t size)
+      : region_(region), regionLength_(regionLength), data_(data), size_(size) {}
+  void* region_;         // guards and data pages, as mapped
+  size_t regionLength_;  // bytes of region_
   uint8_t* data_;
   size_t size_;
 };

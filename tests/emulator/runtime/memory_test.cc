@@ -1,8 +1,14 @@
 // Device memory: the host mapping and the device buffer are distinct, and
 // only flush and invalidate bridge them; what a job sees is what was applied.
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cstdint>
 #include <cstring>
+#include <ostream>
+#include <string>
 #include <vector>
 
 #include "test_patterns.h"
@@ -89,6 +95,92 @@ TEST(NoAllocTest, NoAllocArgumentsStartZeroedOnEveryRun) {
     EXPECT_EQ(hostBytes(out), Bytes(kSize, 5)) << "run " << run;
   }
 }
+
+// A program that copies more than an argument's size into its mapping, or
+// reads more back, must fault on the first byte past the mapping, in the
+// trailing guard page, before it can corrupt anything behind it.
+enum class Access { kWriteInput, kReadGolden };
+
+struct OverrunRow {
+  const char* name;
+  Access access;
+  size_t excess;  ///< bytes past the argument's size; 0 means one page
+};
+void PrintTo(const OverrunRow& row, std::ostream* out) { *out << row.name; }
+
+constexpr uint32_t kArgSize = 11235;  // not a multiple of any page size
+int faultPipe = -1;
+
+void reportFault(int, siginfo_t* info, void*) {
+  const uintptr_t address = reinterpret_cast<uintptr_t>(info->si_addr);
+  ssize_t ignored = write(faultPipe, &address, sizeof address);
+  (void)ignored;
+  _exit(0);
+}
+
+// In a child: maps an argument's memory, overruns it, and reports through the
+// pipe the mapping's address and then the faulting address (none without a fault).
+[[noreturn]] void overrunInChild(const OverrunRow& row, size_t excess) {
+  struct sigaction action = {};
+  action.sa_sigaction = reportFault;
+  action.sa_flags = SA_SIGINFO;
+  sigaction(SIGSEGV, &action, nullptr);
+  _kesh_player* player = keshCreatePlayer("KESH pattern tester");
+  _kesh_mem* mem = keshCreateMem(player, kArgSize, "in");
+  auto* addr = static_cast<uint8_t*>(keshMapMem(mem));
+  const uintptr_t mapped = reinterpret_cast<uintptr_t>(addr);
+  if (addr == nullptr || write(faultPipe, &mapped, sizeof mapped) != sizeof mapped) _exit(3);
+  std::vector<uint8_t> bytes(kArgSize + excess, 0x6b);
+  if (row.access == Access::kWriteInput) {
+    std::memmove(addr, bytes.data(), bytes.size());  // as the tool copies an input
+    keshFlushMem(mem);
+  } else {
+    keshInvalidateMem(mem);
+    std::memcpy(bytes.data(), addr, bytes.size());  // as the tool reads a golden's length back
+  }
+  _exit(2);
+}
+
+class GuardPageTest : public ::testing::TestWithParam<OverrunRow> {};
+
+TEST_P(GuardPageTest, OverrunFaultsInTheGuardPageAfterTheMapping) {
+  const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  const size_t excess = GetParam().excess == 0 ? page : GetParam().excess;
+  int fds[2];
+  ASSERT_EQ(pipe(fds), 0);
+  const pid_t child = fork();
+  ASSERT_NE(child, -1);
+  if (child == 0) {
+    close(fds[0]);
+    faultPipe = fds[1];
+    overrunInChild(GetParam(), excess);
+  }
+  close(fds[1]);
+  uintptr_t mapped = 0;
+  uintptr_t fault = 0;
+  const bool gotMapping = read(fds[0], &mapped, sizeof mapped) == sizeof mapped;
+  const bool gotFault = read(fds[0], &fault, sizeof fault) == sizeof fault;
+  close(fds[0]);
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(gotMapping) << "the child could not map memory; status " << status;
+  ASSERT_TRUE(gotFault) << "no fault: the child ended with status " << status << " after overrunning by " << excess;
+  const uintptr_t guard = mapped + kArgSize;
+  EXPECT_EQ(guard % page, 0u) << "the mapping does not end at a page boundary";
+  EXPECT_GE(fault, guard) << "fault " << std::hex << fault << " before the guard page at " << guard;
+  EXPECT_LT(fault, guard + page) << "fault " << std::hex << fault << " past the guard page at " << guard;
+}
+
+const OverrunRow kOverruns[] = {
+    {"InputOneByteLonger", Access::kWriteInput, 1},
+    {"InputOnePageLonger", Access::kWriteInput, 0},
+    {"InputOneMebibyteLonger", Access::kWriteInput, 1 << 20},
+    {"GoldenOneByteLonger", Access::kReadGolden, 1},
+    {"GoldenOnePageLonger", Access::kReadGolden, 0},
+    {"GoldenOneMebibyteLonger", Access::kReadGolden, 1 << 20},
+};
+INSTANTIATE_TEST_SUITE_P(Overruns, GuardPageTest, ::testing::ValuesIn(kOverruns),
+                         [](const ::testing::TestParamInfo<OverrunRow>& row) { return std::string(row.param.name); });
 
 }  // namespace
 }  // namespace kesh::runtime::testing
