@@ -108,6 +108,8 @@ kesh_package_docs(hostlib ${KESH_PACKAGE_HOSTLIB})
 kesh_package_docs(dev ${KESH_PACKAGE_DEV})
 add_custom_target(kesh_gzipped_docs ALL DEPENDS ${KESH_GZIPPED})
 
+# The pages for users of the installed tools; README.md and the Android build guide
+# are about the source tree and stay there.
 file(GLOB KESH_DOCS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
-install(FILES ${PROJECT_SOURCE_DIR}/README.md ${KESH_DOCS}
-        DESTINATION ${KESH_INSTALL_TOOLS_DOCDIR} COMPONENT tools)
+list(FILTER KESH_DOCS EXCLUDE REGEX "/android\\.md$")
+install(FILES ${KESH_DOCS} DESTINATION ${KESH_INSTALL_TOOLS_DOCDIR} COMPONENT tools)
