@@ -8,7 +8,8 @@ source_dir=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-$source_dir/build/package}
 shift || true
 cmake -S "$source_dir" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-  -DCMAKE_C_FLAGS=-g -DCMAKE_CXX_FLAGS=-g -DCMAKE_INSTALL_PREFIX=/usr \
+  -DCMAKE_C_FLAGS_RELEASE="-O3 -DNDEBUG -g" -DCMAKE_CXX_FLAGS_RELEASE="-O3 -DNDEBUG -g" \
+  -DCMAKE_INSTALL_PREFIX=/usr \
   -DKESH_BUILD_TESTS=OFF -DKESH_BUILD_BENCHMARKS=OFF "$@"
 cmake --build "$build" -j "${KESH_JOBS:-2}"
 (cd "$build" && cpack)
