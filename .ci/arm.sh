@@ -101,7 +101,8 @@ if [ "$ran" -eq 0 ]; then
 fi
 
 # The armhf packages, made like the native ones; CPack's Debian generator needs file.
+# The cross compiler does not tell CMake the multiarch library folder.
 dpkg -s file >/dev/null 2>&1 || apt-get install -y -qq file
 scripts/build-packages.sh "${KESH_ARM_PACKAGE_DIR:-build/arm-package}" \
-  --toolchain cmake/toolchains/arm-linux-gnueabihf.cmake
+  --toolchain cmake/toolchains/arm-linux-gnueabihf.cmake -DCMAKE_INSTALL_LIBDIR=lib/arm-linux-gnueabihf
 exit $status
