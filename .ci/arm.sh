@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # The 32-bit ARM leg: cross-builds everything for arm-linux-gnueabihf (preset arm-linux)
 # and runs the whole test suite under qemu-arm with the cross sysroot, then prints how
-# many tests ran under emulation. Also keeps the Android build honest, which cannot be
-# compiled here: the sources that go into it may use only what bionic offers at the
-# API level of the android-armv7 preset.
+# many tests ran under emulation, then builds the armhf packages. Also keeps the
+# Android build honest, which cannot be compiled here: the sources that go into it may
+# use only what bionic offers at the API level of the android-armv7 preset.
 # Environment: KESH_ARM_BUILD_DIR (default build/arm-linux), KESH_ARM_JOBS (default nproc).
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -99,4 +99,10 @@ if [ "$ran" -eq 0 ]; then
   echo "No test ran under emulation"
   exit 1
 fi
+
+# The armhf packages, made like the native ones; CPack's Debian generator needs file.
+# The cross compiler does not tell CMake the multiarch library folder.
+dpkg -s file >/dev/null 2>&1 || apt-get install -y -qq file
+scripts/build-packages.sh "${KESH_ARM_PACKAGE_DIR:-build/arm-package}" \
+  --toolchain cmake/toolchains/arm-linux-gnueabihf.cmake -DCMAKE_INSTALL_LIBDIR=lib/arm-linux-gnueabihf
 exit $status
