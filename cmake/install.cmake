@@ -26,17 +26,18 @@ set(KESH_INSTALL_TOOLS_DOCDIR ${CMAKE_INSTALL_DATAROOTDIR}/doc/${KESH_PACKAGE_TO
 set(KESH_INSTALL_RPATH "$ORIGIN/../${KESH_INSTALL_HOSTLIBDIR}")
 
 foreach(tool IN LISTS KESH_INSTALLED_TOOLS)
-  get_target_property(tool_rpath ${tool} INSTALL_RPATH)
-  if(NOT tool_rpath)
-    set_target_properties(${tool} PROPERTIES INSTALL_RPATH "${KESH_INSTALL_RPATH}")
-  endif()
+  # The second entry is the build tree's library folder (the same path is linked into both).
+  set_target_properties(${tool} PROPERTIES INSTALL_RPATH "${KESH_INSTALL_RPATH};$ORIGIN/../lib")
   install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endforeach()
 
-# The player proper carries no RUNPATH: a RUNPATH is searched before the system's
-# library folders and would let the host library shadow a vendor's.
-set_target_properties(kesh_player PROPERTIES INSTALL_RPATH "")
+# The installed player proper carries no RUNPATH: a RUNPATH is searched before the
+# system's library folders and would let the host library shadow a vendor's.
+# In the build tree it finds the host library in lib/ beside its bin/; the
+# installed copy has that entry removed.
 install(TARGETS kesh_player RUNTIME DESTINATION ${KESH_INSTALL_PLAYERDIR} COMPONENT tools)
+install(CODE "file(RPATH_REMOVE FILE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${KESH_INSTALL_PLAYERDIR}/kesh_player\")"
+        COMPONENT tools)
 file(RELATIVE_PATH KESH_BIN_TO_PLAYER /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${KESH_INSTALL_PLAYERDIR})
 file(RELATIVE_PATH KESH_BIN_TO_HOSTLIB /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${KESH_INSTALL_HOSTLIBDIR})
 configure_file(${PROJECT_SOURCE_DIR}/packaging/kesh_player.in

@@ -11,7 +11,7 @@
 #include <streambuf>
 #include <string>
 
-#include "settings/fatal.h"
+#include "common/fatal.h"
 
 namespace {
 
@@ -77,7 +77,7 @@ class GuardedOutputBuffer : public std::streambuf {
   void reportFailure() {
     const int error = errno;
     abandon();
-    if (!exiting) kesh::settings::fail(std::string("kesh_player: write error: ") + std::strerror(error));
+    if (!exiting) kesh::fatalError(std::string("kesh_player: write error: ") + std::strerror(error));
     // Already inside exit(): say so without allocating and end here.
     const char* reason = std::strerror(error);
     const char prefix[] = "kesh_player: write error: ";
