@@ -5,6 +5,8 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "kernels/simd_dispatch.h"
+
 #include <algorithm>
 #include <vector>
 
@@ -179,12 +181,12 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace kesh::kernels {
 
-HWY_EXPORT(ConvolveRows);
+KESH_SIMD_EXPORT(ConvolveRows);
 
 bool conv2d(const Conv2DParams& params) {
   if (params.k != 3 && params.k != 5) return false;
   if (params.width == 0 || params.height == 0 || params.rowBegin >= params.rowEnd) return true;
-  HWY_DYNAMIC_DISPATCH(ConvolveRows)(params, planConv2d(params));
+  KESH_SIMD_CALL(ConvolveRows)(params, planConv2d(params));
   return true;
 }
 

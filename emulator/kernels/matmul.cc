@@ -5,6 +5,8 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "kernels/simd_dispatch.h"
+
 #include <algorithm>
 #include <vector>
 
@@ -43,8 +45,8 @@ inline V32 pairDot(V32 acc, V16 a, V16 b) {
   const D32 d32;
   const V32 a32 = hn::BitCast(d32, a), b32 = hn::BitCast(d32, b);
   const V32 aLow = hn::ShiftRight<16>(hn::ShiftLeft<16>(a32)), bLow = hn::ShiftRight<16>(hn::ShiftLeft<16>(b32));
-  acc = hn::MulAdd(aLow, bLow, acc);
-  return hn::MulAdd(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32), acc);
+  acc = hn::Add(acc, hn::Mul(aLow, bLow));
+  return hn::Add(acc, hn::Mul(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32)));
 }
 #endif
 
@@ -150,12 +152,12 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace kesh::kernels {
 
-HWY_EXPORT(Product);
+KESH_SIMD_EXPORT(Product);
 
 bool matmul(const MatMulParams& params) {
   if (params.outType != format::DType::kU8 && params.outType != format::DType::kI8) return false;
   if (params.m == 0 || params.n == 0) return true;
-  HWY_DYNAMIC_DISPATCH(Product)(params);
+  KESH_SIMD_CALL(Product)(params);
   return true;
 }
 

@@ -6,7 +6,7 @@
 #define KESH_TESTS_EMULATOR_KERNELS_TEST_SUPPORT_H_
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
+#include <hwy/highway.h>
 
 #include <cstdint>
 #include <random>
@@ -25,19 +25,28 @@ inline int64_t randomIn(std::mt19937& rng, int64_t lo, int64_t hi) {
   return std::uniform_int_distribution<int64_t>(lo, hi)(rng);
 }
 
-// The kernels dispatch to the target chosen here for the test's duration.
+// The kernels dispatch to the target chosen here for the test's duration
+// (where only one target is built, that one).
 class EveryTarget : public ::testing::TestWithParam<int64_t> {
+#ifdef KESH_SIMD_DYNAMIC_DISPATCH
  protected:
   void SetUp() override { hwy::SetSupportedTargetsForTest(GetParam()); }
   void TearDown() override { hwy::SetSupportedTargetsForTest(0); }
+#endif
 };
+
+#ifdef KESH_SIMD_DYNAMIC_DISPATCH
+inline std::vector<int64_t> targetsToTest() { return hwy::SupportedAndGeneratedTargets(); }
+#else
+inline std::vector<int64_t> targetsToTest() { return {HWY_STATIC_TARGET}; }
+#endif
 
 inline std::string targetName(const ::testing::TestParamInfo<int64_t>& info) { return hwy::TargetName(info.param); }
 
 }  // namespace kesh::kernels::testing
 
 #define KESH_INSTANTIATE_FOR_EVERY_TARGET(Suite)                                                         \
-  INSTANTIATE_TEST_SUITE_P(Targets, Suite, ::testing::ValuesIn(hwy::SupportedAndGeneratedTargets()), \
+  INSTANTIATE_TEST_SUITE_P(Targets, Suite, ::testing::ValuesIn(::kesh::kernels::testing::targetsToTest()), \
                            ::kesh::kernels::testing::targetName)
 
 #endif  // KESH_TESTS_EMULATOR_KERNELS_TEST_SUPPORT_H_
