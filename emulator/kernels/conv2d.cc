@@ -1,5 +1,5 @@
-// Compiled once per SIMD target; the entry point picks the best target the
-// CPU has at run time.
+// Compiled once per SIMD target and called through kernels/simd_dispatch.h
+// (the best target of this CPU on x86, NEON on 32-bit ARM).
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/conv2d.cc"
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
@@ -38,7 +38,7 @@ inline void coverRange(size_t begin, size_t end, size_t lanes, Body body) {
 struct Finish16 {
   hn::Vec<D16> add, offset;
   int shift;
-  Finish16(const ConvPlan& plan)  // NOLINT: built once per call
+  explicit Finish16(const ConvPlan& plan)
       : add(hn::Set(D16(), static_cast<int16_t>(static_cast<uint16_t>(plan.add - plan.offset)))),
         offset(hn::Set(D16(), static_cast<int16_t>(plan.offset >> plan.shift))),
         shift(static_cast<int>(plan.shift)) {}

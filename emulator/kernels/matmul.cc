@@ -1,5 +1,5 @@
-// Compiled once per SIMD target; the entry point picks the best target the
-// CPU has at run time.
+// Compiled once per SIMD target and called through kernels/simd_dispatch.h
+// (the best target of this CPU on x86, NEON on 32-bit ARM).
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/matmul.cc"
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
