@@ -8,10 +8,6 @@
 namespace kesh::kernels {
 namespace {
 
-int16_t elementAt(const uint8_t* matrix, size_t row, size_t col, size_t rows, size_t cols) {
-  return row < rows && col < cols ? static_cast<int8_t>(matrix[row * cols + col]) : 0;
-}
-
 template <typename Out>
 void requantiseTyped(const MatMulParams& p, size_t row, size_t col, size_t cols, const int64_t* sums) {
   // Larger shifts are refused at load time; the clamp only keeps the
@@ -33,23 +29,30 @@ PackedOperands packOperands(const MatMulParams& p, size_t panelWidth) {
   PackedOperands packed;
   const size_t M = p.m, K = p.k, N = p.n;
   const size_t pairs = packed.pairsPerRow = (K + 1) / 2;
+  const auto* a = reinterpret_cast<const int8_t*>(p.a);
+  const auto* b = reinterpret_cast<const int8_t*>(p.b);
   packed.a.resize(M * pairs);
   for (size_t m = 0; m < M; ++m) {
-    for (size_t q = 0; q < pairs; ++q) {
-      const uint16_t lo = static_cast<uint16_t>(elementAt(p.a, m, 2 * q, M, K));
-      const uint16_t hi = static_cast<uint16_t>(elementAt(p.a, m, 2 * q + 1, M, K));
-      packed.a[m * pairs + q] = static_cast<int32_t>(lo | (uint32_t{hi} << 16));
+    const int8_t* row = a + m * K;
+    int32_t* out = packed.a.data() + m * pairs;
+    for (size_t k = 0; k + 1 < K; k += 2) {
+      out[k / 2] = static_cast<int32_t>(static_cast<uint16_t>(row[k]) | (uint32_t{static_cast<uint16_t>(row[k + 1])} << 16));
     }
+    if (K % 2 != 0) out[pairs - 1] = static_cast<uint16_t>(row[K - 1]);
   }
+  // Zero-filled first: the padding columns and the missing last row of an
+  // odd K stay zero.
   const size_t panels = (N + panelWidth - 1) / panelWidth;
-  packed.b.resize(panels * pairs * 2 * panelWidth);
-  int16_t* out = packed.b.data();
+  packed.b.assign(panels * pairs * 2 * panelWidth, 0);
   for (size_t panel = 0; panel < panels; ++panel) {
+    const size_t first = panel * panelWidth, cols = std::min(panelWidth, N - first);
     for (size_t q = 0; q < pairs; ++q) {
-      for (size_t c = panel * panelWidth; c < (panel + 1) * panelWidth; ++c) {
-        *out++ = elementAt(p.b, 2 * q, c, K, N);
-        *out++ = elementAt(p.b, 2 * q + 1, c, K, N);
-      }
+      int16_t* out = packed.b.data() + (panel * pairs + q) * 2 * panelWidth;
+      const int8_t* even = b + 2 * q * N + first;
+      for (size_t c = 0; c < cols; ++c) out[2 * c] = even[c];
+      if (2 * q + 1 == K) continue;
+      const int8_t* odd = even + N;
+      for (size_t c = 0; c < cols; ++c) out[2 * c + 1] = odd[c];
     }
   }
   return packed;
