@@ -4,7 +4,7 @@
 # arguments are installed too. Packages already installed are left alone. Runs
 # apt-get through sudo when not run as root.
 set -eu
-packages="cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev
+packages="cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev libhwy-dev
 pkg-config file groff-base man-db bsdextrautils valgrind python3 $*"
 
 missing=""

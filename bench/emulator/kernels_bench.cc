@@ -36,15 +36,24 @@ void BM_Memcpy(benchmark::State& state) {
 }
 BENCHMARK(BM_Memcpy)->Arg(int64_t{kWidth} * kHeight)->Arg(kMatMulBytes);
 
-// A smoothing kernel: small positive weights, shift 8.
+// Smoothing weights are rank 1 (the separable path); sharpening ones are
+// general (16-bit lanes); large ones need 32-bit lanes.
+const std::vector<int16_t>& convWeights(int64_t kind) {
+  static const std::vector<int16_t> kinds[] = {{1, 2, 1, 2, 4, 2, 1, 2, 1},
+                                               {-3, 5, -1, 7, 12, -6, 2, -4, 8},
+                                               {-3000, 5000, -100, 7000, 12000, -6000, 2000, -4000, 8000}};
+  return kinds[kind];
+}
+
 void BM_Conv2D3x3(benchmark::State& state) {
   const std::vector<uint8_t> src = randomBytes(size_t{kWidth} * kHeight, 2);
-  std::vector<uint8_t> dst(src.size()), weights = {1, 0, 2, 0, 1, 0, 2, 0, 4, 0, 2, 0, 1, 0, 2, 0, 1, 0};
+  std::vector<uint8_t> dst(src.size()), weights;
+  for (int16_t w : convWeights(state.range(0))) weights.insert(weights.end(), {uint8_t(w & 0xFF), uint8_t(w >> 8)});
   const kesh::kernels::Conv2DParams p{dst.data(), kWidth, src.data(), kWidth, kWidth, kHeight, 0, kHeight,
                                       weights.data(), 3, 8, -3};
   measure(state, int64_t{kWidth} * kHeight, dst, [&] { kesh::kernels::conv2d(p); });
 }
-BENCHMARK(BM_Conv2D3x3)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Conv2D3x3)->ArgName("rank1_general_wide")->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 
 void BM_MatMulInt8(benchmark::State& state) {
   const std::vector<uint8_t> a = randomBytes(size_t{kM} * kK, 3), b = randomBytes(size_t{kK} * kN, 4);

@@ -25,6 +25,10 @@ if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
   endif()
 endif()
 
+# ARMv7-A with NEON, as the device has: the kernels' SIMD target is NEON.
+set(KESH_ARM_FLAGS "-march=armv7-a -mfpu=neon -mfloat-abi=hard")
+set(CMAKE_C_FLAGS_INIT "${KESH_ARM_FLAGS}")
+set(CMAKE_ASM_FLAGS_INIT "${KESH_ARM_FLAGS}")
 # GCC notes on every std::vector iterator that its ARM argument passing changed in
 # GCC 7.1; that matters only when linking with objects built by GCC 6 or older.
-set(CMAKE_CXX_FLAGS_INIT "-Wno-psabi")
+set(CMAKE_CXX_FLAGS_INIT "${KESH_ARM_FLAGS} -Wno-psabi")

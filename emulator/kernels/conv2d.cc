@@ -1,127 +1,194 @@
-#include "kernels/conv2d.h"
+// Compiled once per SIMD target and called through kernels/simd_dispatch.h
+// (the best target of this CPU on x86, NEON on 32-bit ARM).
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernels/conv2d.cc"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "kernels/simd_dispatch.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <vector>
 
-#include "kernels/int_math.h"
-#include "format/le_bytes.h"
+#include "kernels/conv2d.h"
+#include "kernels/conv2d_pixel.h"
+#include "kernels/conv2d_plan.h"
 
+HWY_BEFORE_NAMESPACE();
 namespace kesh::kernels {
-namespace {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
 
-// The constant part of every output: bias plus the rounding term, and
-// whether the whole sum provably fits 32 bits. The tap sum alone always
-// fits (25 * 32768 * 255 < 2^31), so only a large bias forces 64 bits.
-struct Finish {
-  int64_t add = 0;
-  uint32_t shift = 0;
-  bool fits32 = false;
+using D16 = hn::ScalableTag<int16_t>;
+using D32 = hn::ScalableTag<int32_t>;
+
+// Calls body(x) for vector starts covering [begin, end), which must be at
+// least `lanes` long; the last vector is moved back to end exactly at `end`,
+// so a few outputs are computed twice rather than ever read out of range.
+template <typename Body>
+inline void coverRange(size_t begin, size_t end, size_t lanes, Body body) {
+  for (size_t x = begin;; x = std::min(x + lanes, end - lanes)) {
+    body(x);
+    if (x + lanes >= end) break;
+  }
+}
+
+// Results of the 16-bit window: shift the lane, add the shifted offset with
+// int16 saturation (which keeps every u8 outcome), pack with saturation.
+struct Finish16 {
+  hn::Vec<D16> add, offset;
+  int shift;
+  explicit Finish16(const ConvPlan& plan)
+      : add(hn::Set(D16(), static_cast<int16_t>(static_cast<uint16_t>(plan.add - plan.offset)))),
+        offset(hn::Set(D16(), static_cast<int16_t>(plan.offset >> plan.shift))),
+        shift(static_cast<int>(plan.shift)) {}
+  void store(hn::Vec<D16> sum, uint8_t* out) const {
+    const hn::Rebind<uint8_t, D16> d8;
+    const auto v = hn::SaturatedAdd(hn::ShiftRightSame(hn::Add(sum, add), shift), offset);
+    hn::StoreU(hn::DemoteTo(d8, v), d8, out);
+  }
 };
 
-Finish makeFinish(const Conv2DParams& p, const int32_t* w, int taps) {
-  Finish f;
-  f.shift = std::min<uint32_t>(p.shift, 31);  // larger shifts are refused at load time
-  f.add = int64_t{p.bias} + (f.shift == 0 ? 0 : int64_t{1} << (f.shift - 1));
-  int64_t maxSum = 0;
-  for (int i = 0; i < taps; ++i) maxSum += 255 * int64_t{std::abs(w[i])};
-  f.fits32 = (f.add < 0 ? -f.add : f.add) + maxSum <= INT32_MAX;
-  return f;
-}
-
-template <bool kFits32>
-inline uint8_t finishOne(int32_t sum, const Finish& f) {
-  if constexpr (kFits32) {
-    const int32_t v = (sum + static_cast<int32_t>(f.add)) >> f.shift;
-    return saturate<uint8_t>(v);
-  } else {
-    return saturate<uint8_t>((int64_t{sum} + f.add) >> f.shift);
-  }
-}
-
-inline size_t clampIndex(int64_t i, size_t n) {
-  return i < 0 ? 0 : (i >= static_cast<int64_t>(n) ? n - 1 : static_cast<size_t>(i));
-}
-
-// Columns near the left and right edges, where taps are clamped.
-template <int K, bool kFits32>
-void borderColumn(uint8_t* out, const uint8_t* const* rows, const int32_t* w, size_t x,
-                  size_t width, const Finish& f) {
+template <int K>
+void directRow16(uint8_t* out, const uint8_t* const* rows, size_t width, const ConvPlan& plan) {
   constexpr int R = K / 2;
-  int32_t sum = 0;
-  for (int i = 0; i < K; ++i) {
-    for (int j = 0; j < K; ++j) {
-      const size_t col = clampIndex(static_cast<int64_t>(x) + j - R, width);
-      sum += w[i * K + j] * rows[i][col];
+  const D16 d16;
+  const hn::Rebind<uint8_t, D16> d8;
+  hn::Vec<D16> w[K * K];
+  for (int i = 0; i < K * K; ++i) w[i] = hn::Set(d16, static_cast<int16_t>(plan.w[i]));
+  const Finish16 finish(plan);
+  coverRange(R, width - R, hn::Lanes(d16), [&](size_t x) {
+    auto sum = hn::Zero(d16);
+    for (int i = 0; i < K; ++i) {
+      for (int j = 0; j < K; ++j) {
+        const auto px = hn::PromoteTo(d16, hn::LoadU(d8, rows[i] + x + j - R));
+        sum = hn::Add(sum, hn::Mul(w[i * K + j], px));
+      }
     }
-  }
-  out[x] = finishOne<kFits32>(sum, f);
+    finish.store(sum, out + x);
+  });
 }
 
-// Columns [R, width - R), where every tap is inside the row: one
-// straight-line loop over x that the compiler turns into vector code.
-template <int K, bool kFits32>
-void interiorColumns(uint8_t* out, const uint8_t* const* rows, const int32_t* weights,
-                     size_t count, const Finish& f) {
-  // 16-bit operands let the compiler use widening 16x16->32 multiplies.
-  int16_t w[K * K];
-  for (int i = 0; i < K * K; ++i) w[i] = static_cast<int16_t>(weights[i]);
-  const uint8_t* r[K];
-  std::copy(rows, rows + K, r);
-  const Finish fin = f;
-  for (size_t t = 0; t < count; ++t) {
-    int32_t sum = 0;
-    for (int i = 0; i < K; ++i) {
-      for (int j = 0; j < K; ++j) sum += int32_t{w[i * K + j]} * int16_t{r[i][t + j]};
-    }
-    out[t] = finishOne<kFits32>(sum, fin);
-  }
-}
-
-template <int K, bool kFits32>
-void convolveRows(const Conv2DParams& p, const int32_t* w, const Finish& f) {
-  constexpr int R = K / 2;
-  const size_t width = p.width;
-  for (size_t y = p.rowBegin; y < p.rowEnd; ++y) {
-    const uint8_t* rows[K];
-    for (int i = 0; i < K; ++i) {
-      rows[i] = p.src + clampIndex(static_cast<int64_t>(y) + i - R, p.height) * p.srcStride;
-    }
-    uint8_t* out = p.dst + y * p.dstStride;
-    const size_t leftEnd = std::min<size_t>(R, width);
-    const size_t rightBegin = width > 2 * R ? width - R : leftEnd;
-    if (rightBegin > leftEnd) {
-      interiorColumns<K, kFits32>(out + R, rows, w, rightBegin - leftEnd, f);
-    }
-    for (size_t x = 0; x < leftEnd; ++x) borderColumn<K, kFits32>(out, rows, w, x, width, f);
-    for (size_t x = rightBegin; x < width; ++x) {
-      borderColumn<K, kFits32>(out, rows, w, x, width, f);
-    }
-  }
+// i32 to u8 with saturation through i16: the one-step demotion of some
+// library versions wraps values in [32768, 65535] on AVX2.
+inline hn::Vec<hn::Rebind<uint8_t, D32>> saturateToU8(hn::Vec<D32> v) {
+  const hn::Rebind<int16_t, D32> d16;
+  return hn::DemoteTo(hn::Rebind<uint8_t, D32>(), hn::DemoteTo(d16, v));
 }
 
 template <int K>
-void convolve(const Conv2DParams& p) {
-  int32_t w[K * K];
-  for (int i = 0; i < K * K; ++i) w[i] = static_cast<int16_t>(format::loadLe16(p.weights + 2 * i));
-  const Finish f = makeFinish(p, w, K * K);
-  if (f.fits32) {
-    convolveRows<K, true>(p, w, f);
-  } else {
-    convolveRows<K, false>(p, w, f);
+void directRow32(uint8_t* out, const uint8_t* const* rows, size_t width, const ConvPlan& plan) {
+  constexpr int R = K / 2;
+  const D32 d32;
+  const hn::Rebind<uint8_t, D32> d8;
+  hn::Vec<D32> w[K * K];
+  for (int i = 0; i < K * K; ++i) w[i] = hn::Set(d32, plan.w[i]);
+  const auto add = hn::Set(d32, static_cast<int32_t>(plan.add));
+  const int shift = static_cast<int>(plan.shift);
+  coverRange(R, width - R, hn::Lanes(d32), [&](size_t x) {
+    auto sum = add;
+    for (int i = 0; i < K; ++i) {
+      for (int j = 0; j < K; ++j) {
+        const auto px = hn::PromoteTo(d32, hn::LoadU(d8, rows[i] + x + j - R));
+        sum = hn::Add(sum, hn::Mul(w[i * K + j], px));
+      }
+    }
+    hn::StoreU(saturateToU8(hn::ShiftRightSame(sum, shift)), d8, out + x);
+  });
+}
+
+// Rank-1 weights: a vertical pass into `columnSums` (16-bit, padded by the
+// radius on both sides with the edge values, which is the horizontal clamp),
+// then a horizontal pass over it: 2k products per output instead of k*k.
+template <int K>
+void separableRow16(uint8_t* out, const uint8_t* const* rows, size_t width, const ConvPlan& plan,
+                    int16_t* columnSums) {
+  constexpr int R = K / 2;
+  const D16 d16;
+  const hn::Rebind<uint8_t, D16> d8;
+  const size_t lanes = hn::Lanes(d16);
+  hn::Vec<D16> u[K], v[K];
+  for (int i = 0; i < K; ++i) {
+    u[i] = hn::Set(d16, static_cast<int16_t>(plan.column[i]));
+    v[i] = hn::Set(d16, static_cast<int16_t>(plan.row[i]));
+  }
+  int16_t* sums = columnSums + R;
+  coverRange(0, width, lanes, [&](size_t x) {
+    auto sum = hn::Zero(d16);
+    for (int i = 0; i < K; ++i) sum = hn::Add(sum, hn::Mul(u[i], hn::PromoteTo(d16, hn::LoadU(d8, rows[i] + x))));
+    hn::StoreU(sum, d16, sums + x);
+  });
+  for (int i = 1; i <= R; ++i) {
+    sums[-i] = sums[0];
+    sums[width - 1 + i] = sums[width - 1];
+  }
+  const Finish16 finish(plan);
+  coverRange(0, width, lanes, [&](size_t x) {
+    auto sum = hn::Zero(d16);
+    for (int j = 0; j < K; ++j) sum = hn::Add(sum, hn::Mul(v[j], hn::LoadU(d16, sums + x + j - R)));
+    finish.store(sum, out + x);
+  });
+}
+
+template <int K>
+void convolveRowsK(const Conv2DParams& p, const ConvPlan& plan) {
+  constexpr int R = K / 2;
+  const size_t width = p.width;
+  const size_t lanes16 = hn::Lanes(D16()), lanes32 = hn::Lanes(D32());
+  const bool separable = plan.separable && width >= lanes16;
+  const size_t lanes = plan.lanes == ConvLanes::k16 ? lanes16 : lanes32;
+  const bool vectorInterior = plan.lanes != ConvLanes::k64 && width >= 2 * R + lanes;
+  std::vector<int16_t> columnSums(separable ? width + 2 * R : 0);
+  for (size_t y = p.rowBegin; y < p.rowEnd; ++y) {
+    const uint8_t* rows[K];
+    for (int i = 0; i < K; ++i) {
+      const int64_t sy = std::clamp<int64_t>(static_cast<int64_t>(y) + i - R, 0, int64_t{p.height} - 1);
+      rows[i] = p.src + static_cast<size_t>(sy) * p.srcStride;
+    }
+    uint8_t* out = p.dst + y * p.dstStride;
+    if (separable) {
+      separableRow16<K>(out, rows, width, plan, columnSums.data());
+      continue;
+    }
+    if (!vectorInterior) {
+      for (size_t x = 0; x < width; ++x) out[x] = convolvePixel(plan, rows, x, width);
+      continue;
+    }
+    if (plan.lanes == ConvLanes::k16) {
+      directRow16<K>(out, rows, width, plan);
+    } else {
+      directRow32<K>(out, rows, width, plan);
+    }
+    for (size_t x = 0; x < R; ++x) {
+      out[x] = convolvePixel(plan, rows, x, width);
+      out[width - 1 - x] = convolvePixel(plan, rows, width - 1 - x, width);
+    }
   }
 }
 
-}  // namespace
+void ConvolveRows(const Conv2DParams& p, const ConvPlan& plan) {
+  if (plan.k == 3) {
+    convolveRowsK<3>(p, plan);
+  } else {
+    convolveRowsK<5>(p, plan);
+  }
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kesh::kernels
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kesh::kernels {
+
+KESH_SIMD_EXPORT(ConvolveRows);
 
 bool conv2d(const Conv2DParams& params) {
   if (params.k != 3 && params.k != 5) return false;
-  if (params.width == 0 || params.height == 0) return true;
-  if (params.k == 3) {
-    convolve<3>(params);
-  } else {
-    convolve<5>(params);
-  }
+  if (params.width == 0 || params.height == 0 || params.rowBegin >= params.rowEnd) return true;
+  KESH_SIMD_CALL(ConvolveRows)(params, planConv2d(params));
   return true;
 }
 
 }  // namespace kesh::kernels
+#endif  // HWY_ONCE

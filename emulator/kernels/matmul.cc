@@ -1,152 +1,165 @@
-#include "kernels/matmul.h"
+// Compiled once per SIMD target and called through kernels/simd_dispatch.h
+// (the best target of this CPU on x86, NEON on 32-bit ARM).
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernels/matmul.cc"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "kernels/simd_dispatch.h"
 
 #include <algorithm>
 #include <vector>
 
-#include "kernels/int_math.h"
-#include "format/le_bytes.h"
+#include "kernels/matmul.h"
+#include "kernels/matmul_pack.h"
 
+HWY_BEFORE_NAMESPACE();
+#if HWY_TARGET == HWY_AVX3_DL
+// The target implies AVX512-VNNI (the run-time check requires it); the
+// fused 16-bit dot product needs the compiler to know.
+#pragma GCC target("avx512vnni")
+#endif
 namespace kesh::kernels {
-namespace {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
 
-// A product of two i8 is at most 2^14 in magnitude, so 2^16 of them fit an
-// int32 (2^30). Longer sums are carried into 64 bits one block at a time,
-// which keeps the hot loops in 32-bit lanes and every sum exact.
-constexpr size_t kBlockK = size_t{1} << 16;
+using D16 = hn::ScalableTag<int16_t>;
+using D32 = hn::ScalableTag<int32_t>;
+using V16 = hn::Vec<D16>;
+using V32 = hn::Vec<D32>;
 
-// Below this many output columns a row of the i-k-j loop is too short to
-// vectorise; dot products over a transposed B are faster there.
-constexpr uint32_t kMinRowWidth = 8;
-
-struct Requant {
-  int32_t multiplier;
-  uint32_t shift;
-  int32_t zeroPoint;
-};
-
-template <typename Out>
-Out requantise(int64_t sum, const Requant& q) {
-  static_assert(sizeof(Out) == 1, "outputs are single bytes (u8 or i8)");
-  const int64_t acc = saturate<int32_t>(sum);
-  // |acc * multiplier| <= 2^62 and the rounding term adds at most 2^61.
-  const int64_t scaled = roundingShift<int64_t>(acc * q.multiplier, q.shift);
-  return saturate<Out>(scaled + q.zeroPoint);
+#if HWY_TARGET == HWY_AVX3_DL
+// One instruction: acc[i] += a[2i]*b[2i] + a[2i+1]*b[2i+1].
+inline V32 pairDot(V32 acc, V16 a, V16 b) { return V32{_mm512_dpwssd_epi32(acc.raw, a.raw, b.raw)}; }
+#elif HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128 && HWY_TARGET != HWY_SCALAR
+// On x86 the widening multiply-accumulate is pmaddwd: lane i of the sum gets
+// the products of 16-bit lanes 2i and 2i+1.
+inline V32 pairDot(V32 acc, V16 a, V16 b) {
+  V32 unused = hn::Zero(D32());
+  return hn::ReorderWidenMulAccumulate(D32(), a, b, acc, unused);
 }
-
-int64_t biasAt(const uint8_t* bias, size_t j) {
-  return bias == nullptr ? 0 : static_cast<int32_t>(format::loadLe32(bias + 4 * j));
+#elif HWY_TARGET != HWY_SCALAR
+// Elsewhere the pairs are split into sign-extended halves and multiplied in
+// 32-bit lanes (a multiply-accumulate instruction on NEON).
+inline V32 pairDot(V32 acc, V16 a, V16 b) {
+  const D32 d32;
+  const V32 a32 = hn::BitCast(d32, a), b32 = hn::BitCast(d32, b);
+  const V32 aLow = hn::ShiftRight<16>(hn::ShiftLeft<16>(a32)), bLow = hn::ShiftRight<16>(hn::ShiftLeft<16>(b32));
+  acc = hn::Add(acc, hn::Mul(aLow, bLow));
+  return hn::Add(acc, hn::Mul(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32)));
 }
+#endif
 
-int64_t dot(const int8_t* x, const int8_t* y, size_t length) {
-  int64_t total = 0;
-  for (size_t begin = 0; begin < length; begin += kBlockK) {
-    const size_t end = std::min(length, begin + kBlockK);
-    int32_t sum = 0;
-    for (size_t i = begin; i < end; ++i) sum += x[i] * y[i];
-    total += sum;
-  }
-  return total;
-}
-
-// Narrow outputs: C[m][j] = dot(A row m, B column j), with B's columns made
-// contiguous first (a matrix-vector product needs no copy at all).
-template <typename Out>
-void narrowProduct(const MatMulParams& p, const Requant& q) {
-  const size_t K = p.k;
-  const size_t N = p.n;
-  const int8_t* b = reinterpret_cast<const int8_t*>(p.b);
-  std::vector<int8_t> columns;
-  if (N > 1) {
-    columns.resize(N * K);
-    for (size_t kk = 0; kk < K; ++kk) {
-      for (size_t j = 0; j < N; ++j) columns[j * K + kk] = b[kk * N + j];
-    }
-    b = columns.data();
-  }
-  const int8_t* a = reinterpret_cast<const int8_t*>(p.a);
-  for (size_t i = 0; i < p.m; ++i) {
-    for (size_t j = 0; j < N; ++j) {
-      const int64_t sum = biasAt(p.bias, j) + dot(a + i * K, b + j * K, K);
-      p.dst[i * N + j] = static_cast<uint8_t>(requantise<Out>(sum, q));
+#if HWY_TARGET == HWY_SCALAR
+// Single lanes hold no pairs: CPUs without even SSSE3 get plain dot products.
+void Product(const MatMulParams& p) {
+  const auto* a = reinterpret_cast<const int8_t*>(p.a);
+  const auto* b = reinterpret_cast<const int8_t*>(p.b);
+  for (size_t row = 0; row < p.m; ++row) {
+    for (size_t col = 0; col < p.n; ++col) {
+      int64_t sum = 0;
+      for (size_t k = 0; k < p.k; ++k) sum += a[row * p.k + k] * b[k * p.n + col];
+      requantiseRow(p, row, col, 1, &sum);
     }
   }
 }
+#else
+// Vectors of output columns per panel and rows per block: as many
+// accumulators as the register file holds beside the operands.
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+constexpr size_t kPanelVectors = 2, kBlockRows = 8;
+#elif HWY_ARCH_X86
+constexpr size_t kPanelVectors = 2, kBlockRows = 4;
+#else
+constexpr size_t kPanelVectors = 1, kBlockRows = 4;
+#endif
 
-// acc[j] += a * row[j]: the streaming inner loop of the i-k-j order. An i8
-// product always fits 16 bits; saying so lets the compiler multiply eight or
-// more lanes at a time before widening.
-void accumulateRow(int32_t* acc, int8_t a, const int8_t* row, size_t n) {
-  for (size_t j = 0; j < n; ++j) acc[j] += static_cast<int16_t>(a * row[j]);
-}
-
-// Four rows of B per pass: one load and store of the accumulator serve four
-// products. (Two products can already overflow 16 bits, so each is widened.)
-void accumulateFourRows(int32_t* acc, const int8_t* a, const int8_t* rows, size_t n) {
-  const int8_t a0 = a[0], a1 = a[1], a2 = a[2], a3 = a[3];
-  const int8_t* r0 = rows;
-  const int8_t* r1 = rows + n;
-  const int8_t* r2 = rows + 2 * n;
-  const int8_t* r3 = rows + 3 * n;
-  for (size_t j = 0; j < n; ++j) {
-    acc[j] += int32_t{static_cast<int16_t>(a0 * r0[j])} + static_cast<int16_t>(a1 * r1[j]) +
-              static_cast<int16_t>(a2 * r2[j]) + static_cast<int16_t>(a3 * r3[j]);
+// tile[r][c] = sum over pairs [pairBegin, pairEnd) of row r of A times
+// column c of the panel, for `rows` rows (<= kBlockRows).
+template <size_t kRows>
+void microKernel(const int32_t* aPairs, size_t pairsPerRow, const int16_t* panel, size_t pairBegin,
+                 size_t pairEnd, int32_t* tile) {
+  const D16 d16;
+  const D32 d32;
+  const size_t lanes = hn::Lanes(d32);
+  V32 acc[kRows][kPanelVectors];
+  for (size_t r = 0; r < kRows; ++r) {
+    for (size_t v = 0; v < kPanelVectors; ++v) acc[r][v] = hn::Zero(d32);
   }
-}
-
-// acc[j] = sum over k in [begin, end) of aRow[k] * B[k][j].
-void accumulateBlock(int32_t* acc, const int8_t* aRow, const int8_t* b, size_t begin, size_t end,
-                     size_t n) {
-  size_t kk = begin;
-  for (; kk + 4 <= end; kk += 4) accumulateFourRows(acc, aRow + kk, b + kk * n, n);
-  for (; kk < end; ++kk) accumulateRow(acc, aRow[kk], b + kk * n, n);
-}
-
-// Wide outputs: i-k-j order, so B is read row by row and C's row is built in
-// an int32 accumulator without transposing anything.
-template <typename Out>
-void wideProduct(const MatMulParams& p, const Requant& q) {
-  const size_t K = p.k;
-  const size_t N = p.n;
-  const int8_t* a = reinterpret_cast<const int8_t*>(p.a);
-  const int8_t* b = reinterpret_cast<const int8_t*>(p.b);
-  std::vector<int32_t> block(N);
-  std::vector<int64_t> total(N);
-  for (size_t i = 0; i < p.m; ++i) {
-    for (size_t j = 0; j < N; ++j) total[j] = biasAt(p.bias, j);
-    const int8_t* aRow = a + i * K;
-    for (size_t begin = 0; begin < K; begin += kBlockK) {
-      const size_t end = std::min(K, begin + kBlockK);
-      std::fill(block.begin(), block.end(), 0);
-      accumulateBlock(block.data(), aRow, b, begin, end, N);
-      for (size_t j = 0; j < N; ++j) total[j] += block[j];
+  const size_t panelStride = 2 * lanes * kPanelVectors;  // int16 per pair of rows of B
+  for (size_t kp = pairBegin; kp < pairEnd; ++kp) {
+    V16 b[kPanelVectors];
+    for (size_t v = 0; v < kPanelVectors; ++v) b[v] = hn::LoadU(d16, panel + kp * panelStride + v * 2 * lanes);
+    for (size_t r = 0; r < kRows; ++r) {
+      const V16 a = hn::BitCast(d16, hn::Set(d32, aPairs[r * pairsPerRow + kp]));
+      for (size_t v = 0; v < kPanelVectors; ++v) acc[r][v] = pairDot(acc[r][v], a, b[v]);
     }
-    uint8_t* out = p.dst + i * N;
-    for (size_t j = 0; j < N; ++j) out[j] = static_cast<uint8_t>(requantise<Out>(total[j], q));
+  }
+  for (size_t r = 0; r < kRows; ++r) {
+    for (size_t v = 0; v < kPanelVectors; ++v) hn::StoreU(acc[r][v], d32, tile + (r * kPanelVectors + v) * lanes);
   }
 }
 
-template <typename Out>
-void product(const MatMulParams& p) {
-  // Larger shifts are refused at load time; the clamp only keeps the
-  // arithmetic defined.
-  const Requant q{p.multiplier, std::min<uint32_t>(p.shift, 62), p.zeroPoint};
-  if (p.n < kMinRowWidth) {
-    narrowProduct<Out>(p, q);
-  } else {
-    wideProduct<Out>(p, q);
+void runMicroKernel(size_t rows, const int32_t* aPairs, size_t pairsPerRow, const int16_t* panel,
+                    size_t pairBegin, size_t pairEnd, int32_t* tile) {
+  static_assert(kBlockRows == 4 || kBlockRows == 8, "row counts below");
+  switch (rows) {
+    case 8: if constexpr (kBlockRows == 8) microKernel<8>(aPairs, pairsPerRow, panel, pairBegin, pairEnd, tile); break;
+    case 4: microKernel<4>(aPairs, pairsPerRow, panel, pairBegin, pairEnd, tile); break;
+    default: microKernel<1>(aPairs, pairsPerRow, panel, pairBegin, pairEnd, tile); break;
   }
 }
 
-}  // namespace
+// Rows per call: full blocks, then fours, then single rows.
+size_t rowsAt(size_t remaining) {
+  if (remaining >= kBlockRows) return kBlockRows;
+  return remaining >= 4 ? 4 : 1;
+}
+
+void Product(const MatMulParams& p) {
+  const size_t panelWidth = hn::Lanes(D32()) * kPanelVectors;
+  const PackedOperands packed = packOperands(p, panelWidth);
+  const size_t pairs = packed.pairsPerRow;
+  std::vector<int32_t> tile(kBlockRows * panelWidth);
+  std::vector<int64_t> total(kBlockRows * panelWidth);
+  for (size_t col = 0; col < p.n; col += panelWidth) {
+    const int16_t* panel = packed.b.data() + (col / panelWidth) * pairs * 2 * panelWidth;
+    const size_t cols = std::min(panelWidth, p.n - col);
+    for (size_t row = 0; row < p.m;) {
+      const size_t rows = rowsAt(p.m - row);
+      std::fill(total.begin(), total.end(), 0);
+      // Each block of pairs keeps every 32-bit lane exact (see kPairsPerBlock).
+      for (size_t begin = 0; begin < pairs || begin == 0; begin += kPairsPerBlock) {
+        const size_t end = std::min(pairs, begin + kPairsPerBlock);
+        runMicroKernel(rows, packed.a.data() + row * pairs, pairs, panel, begin, end, tile.data());
+        for (size_t i = 0; i < rows * panelWidth; ++i) total[i] += tile[i];
+        if (end == pairs) break;
+      }
+      for (size_t r = 0; r < rows; ++r) {
+        requantiseRow(p, row + r, col, cols, total.data() + r * panelWidth);
+      }
+      row += rows;
+    }
+  }
+}
+
+#endif  // HWY_TARGET == HWY_SCALAR
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kesh::kernels
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kesh::kernels {
+
+KESH_SIMD_EXPORT(Product);
 
 bool matmul(const MatMulParams& params) {
-  switch (params.outType) {
-    case format::DType::kU8: product<uint8_t>(params); return true;
-    case format::DType::kI8: product<int8_t>(params); return true;
-    case format::DType::kI16:
-    case format::DType::kI32: break;
-  }
-  return false;
+  if (params.outType != format::DType::kU8 && params.outType != format::DType::kI8) return false;
+  if (params.m == 0 || params.n == 0) return true;
+  KESH_SIMD_CALL(Product)(params);
+  return true;
 }
 
 }  // namespace kesh::kernels
+#endif  // HWY_ONCE

@@ -69,4 +69,62 @@ std::vector<uint8_t> referenceConv2d(const std::vector<uint8_t>& src, uint32_t w
   return out;
 }
 
+ElementRange elementRange(format::DType type) {
+  switch (type) {
+    case format::DType::kU8: return {0, 255, 8};
+    case format::DType::kI8: return {-128, 127, 8};
+    case format::DType::kI16: return {-32768, 32767, 16};
+    case format::DType::kI32: break;
+  }
+  return {INT32_MIN, INT32_MAX, 32};
+}
+
+int64_t wrapTo(uint64_t v, const ElementRange& range) {
+  const uint64_t u = v & ((uint64_t{1} << range.bits) - 1);
+  const bool negative = range.lo < 0 && u > static_cast<uint64_t>(range.hi);
+  return negative ? static_cast<int64_t>(u) - (int64_t{1} << range.bits) : static_cast<int64_t>(u);
+}
+
+// x / 2^s rounded towards minus infinity, by division rather than shifting.
+static int64_t floorDivPow2(int64_t x, int64_t s) {
+  const int64_t d = int64_t{1} << s;
+  return x / d - ((x % d != 0 && x < 0) ? 1 : 0);
+}
+
+int64_t referenceUnary(format::UnaryFunc func, format::DType type, int64_t x, int64_t imm) {
+  const ElementRange t = elementRange(type);
+  using format::UnaryFunc;
+  switch (func) {
+    case UnaryFunc::kNeg: return saturate(-x, t.lo, t.hi);
+    case UnaryFunc::kAbs: return saturate(absolute(x), t.lo, t.hi);
+    case UnaryFunc::kNot: return wrapTo(~static_cast<uint64_t>(x), t);
+    case UnaryFunc::kShlI: return saturate(x * (int64_t{1} << imm), t.lo, t.hi);
+    case UnaryFunc::kShrI: return floorDivPow2(x, imm);
+    case UnaryFunc::kAddI: return saturate(x + imm, t.lo, t.hi);
+    case UnaryFunc::kMulI: return saturate(x * imm, t.lo, t.hi);
+    case UnaryFunc::kMinI: return saturate(std::min(x, imm), t.lo, t.hi);
+    case UnaryFunc::kMaxI: return saturate(std::max(x, imm), t.lo, t.hi);
+  }
+  return 0;
+}
+
+int64_t referenceBinary(format::BinaryFunc func, format::DType type, int64_t a, int64_t b) {
+  const ElementRange t = elementRange(type);
+  const uint64_t ua = static_cast<uint64_t>(a), ub = static_cast<uint64_t>(b);
+  using format::BinaryFunc;
+  switch (func) {
+    case BinaryFunc::kAdd: return saturate(a + b, t.lo, t.hi);
+    case BinaryFunc::kSub: return saturate(a - b, t.lo, t.hi);
+    case BinaryFunc::kMul: return saturate(a * b, t.lo, t.hi);
+    case BinaryFunc::kMin: return std::min(a, b);
+    case BinaryFunc::kMax: return std::max(a, b);
+    case BinaryFunc::kAnd: return wrapTo(ua & ub, t);
+    case BinaryFunc::kOr: return wrapTo(ua | ub, t);
+    case BinaryFunc::kXor: return wrapTo(ua ^ ub, t);
+    case BinaryFunc::kAbsDiff: return saturate(absolute(a - b), t.lo, t.hi);
+    case BinaryFunc::kAvg: return floorDivPow2(a + b + 1, 1);
+  }
+  return 0;
+}
+
 }  // namespace kesh::gencases

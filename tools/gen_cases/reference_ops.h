@@ -1,13 +1,16 @@
 // Straightforward reference arithmetic of the pattern operations, written
 // from their definitions and kept apart from the host library's kernels, so
 // that a kernel fault shows up as a failing case instead of a wrong golden.
-// Stateless; safe from any thread.
+// The case generator, the kernel tests and the benchmarks all use this one
+// copy. Stateless; safe from any thread.
 #ifndef KESH_TOOLS_GEN_CASES_REFERENCE_OPS_H_
 #define KESH_TOOLS_GEN_CASES_REFERENCE_OPS_H_
 
 #include <cstddef>
 #include <cstdint>
 #include <vector>
+
+#include "format/format_defs.h"
 
 namespace kesh::gencases {
 
@@ -40,6 +43,26 @@ inline int64_t absolute(int64_t value) { return value < 0 ? -value : value; }
 
 /// Rounded mean of two u8 values.
 inline uint8_t averageU8(uint8_t a, uint8_t b) { return static_cast<uint8_t>((a + b + 1) >> 1); }
+
+/// The range and width of an element type.
+struct ElementRange {
+  int64_t lo;     ///< smallest value
+  int64_t hi;     ///< largest value
+  unsigned bits;  ///< storage width
+};
+
+/// The range of `type`.
+ElementRange elementRange(format::DType type);
+
+/// The element of `range` whose two's-complement pattern is the low bits of v.
+int64_t wrapTo(uint64_t v, const ElementRange& range);
+
+/// One element of a unary operation on an element x of `type`; shift
+/// immediates are 0..31.
+int64_t referenceUnary(format::UnaryFunc func, format::DType type, int64_t x, int64_t imm);
+
+/// One element of a binary operation on elements a and b of `type`.
+int64_t referenceBinary(format::BinaryFunc func, format::DType type, int64_t a, int64_t b);
 
 }  // namespace kesh::gencases
 

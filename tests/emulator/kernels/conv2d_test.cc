@@ -1,69 +1,165 @@
 #include "kernels/conv2d.h"
+#include "kernels/conv2d_plan.h"
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <vector>
 
+#include "reference_ops.h"
 #include "test_support.h"
 
 namespace kesh::kernels {
 namespace {
 
-using namespace testing;  // NOLINT: the reference's integer steps
+using namespace testing;  // NOLINT: random data and the per-target fixture
 
 struct Case {
   uint32_t width, height, k;
-  std::vector<int64_t> weights;
+  std::vector<int16_t> weights;
   uint32_t shift;
   int32_t bias;
   uint32_t rowBegin, rowEnd;
   size_t pad;  // bytes between rows beyond the width, on both planes
 };
 
-// The kernel against the definition (borders replicated); every byte it must
-// not write keeps the fill value 0x5A.
-void expectMatchesReference(const Case& c, std::mt19937& rng) {
+std::string describe(const Case& c) {
+  std::string w;
+  for (int16_t v : c.weights) w += " " + std::to_string(v);
+  return std::to_string(c.width) + "x" + std::to_string(c.height) + " k " + std::to_string(c.k) + " shift " +
+         std::to_string(c.shift) + " bias " + std::to_string(c.bias) + " rows " + std::to_string(c.rowBegin) + ".." +
+         std::to_string(c.rowEnd) + " weights" + w;
+}
+
+// The kernel against the reference on a random plane (or `plane` when
+// given); every byte it must not write keeps the fill value 0x5A.
+void expectMatchesReference(const Case& c, std::mt19937& rng, std::vector<uint8_t> plane = {}) {
   const size_t stride = c.width + c.pad;
-  const std::vector<uint8_t> src = randomBytes(rng, stride * c.height);
-  std::vector<uint8_t> weights, dst(src.size(), 0x5A), expected = dst;
-  for (int64_t w : c.weights) weights.insert(weights.end(), {uint8_t(w & 0xFF), uint8_t((w >> 8) & 0xFF)});
-  const int64_t half = c.k / 2, bottom = c.height - 1, right = c.width - 1;
-  for (int64_t y = c.rowBegin; y < c.rowEnd; ++y) {
-    for (int64_t x = 0; x < c.width; ++x) {
-      int64_t acc = c.bias;
-      for (int64_t i = 0; i < c.k * c.k; ++i) {
-        acc += c.weights[i] * src[clampTo(y + i / c.k - half, 0, bottom) * stride + clampTo(x + i % c.k - half, 0, right)];
-      }
-      expected[y * stride + x] = static_cast<uint8_t>(clampTo(roundShift(acc, c.shift), 0, 255));
-    }
+  if (plane.empty()) plane = randomBytes(rng, size_t{c.width} * c.height);
+  std::vector<uint8_t> src(stride * c.height, 0xEE), weights, dst(src.size(), 0x5A), expected = dst;
+  for (size_t y = 0; y < c.height; ++y) std::copy_n(plane.begin() + y * c.width, c.width, src.begin() + y * stride);
+  for (int16_t w : c.weights) weights.insert(weights.end(), {uint8_t(w & 0xFF), uint8_t((w >> 8) & 0xFF)});
+  const std::vector<uint8_t> ref = gencases::referenceConv2d(plane, c.width, c.height, c.weights, c.k, c.shift, c.bias);
+  for (size_t y = c.rowBegin; y < c.rowEnd; ++y) {
+    std::copy_n(ref.begin() + y * c.width, c.width, expected.begin() + y * stride);
   }
   ASSERT_TRUE(conv2d({dst.data(), stride, src.data(), stride, c.width, c.height, c.rowBegin, c.rowEnd, weights.data(),
                       c.k, c.shift, c.bias}));
-  ASSERT_EQ(dst, expected) << c.width << "x" << c.height << " k " << c.k << " shift " << c.shift << " bias " << c.bias
-                           << " rows " << c.rowBegin << ".." << c.rowEnd;
+  ASSERT_EQ(dst, expected) << describe(c);
 }
 
-std::vector<int64_t> weights(std::mt19937& rng, uint32_t k, int64_t lo, int64_t hi) {
-  std::vector<int64_t> w(k * k);
-  for (int64_t& v : w) v = randomIn(rng, lo, hi);
+std::vector<int16_t> randomWeights(std::mt19937& rng, uint32_t k, int64_t lo, int64_t hi) {
+  std::vector<int16_t> w(k * k);
+  for (int16_t& v : w) v = static_cast<int16_t>(randomIn(rng, lo, hi));
   return w;
 }
 
-TEST(Conv2DTest, MatchesReferenceAtEverySizeBorderRowRangeAndExtreme) {
+std::vector<int16_t> outer(const std::vector<int16_t>& column, const std::vector<int16_t>& row) {
+  std::vector<int16_t> w;
+  for (int16_t u : column) {
+    for (int16_t v : row) w.push_back(static_cast<int16_t>(u * v));
+  }
+  return w;
+}
+
+class Conv2DTest : public EveryTarget {};
+
+TEST_P(Conv2DTest, MatchesReferenceAtEverySizeBorderRowRangeAndExtreme) {
   std::mt19937 rng(21);
   for (uint32_t k : {3u, 5u}) {
-    // Small weights keep most outputs inside 0..255, so rounding is visible.
-    for (const auto& [w, h] : {std::pair{1u, 1u}, {1u, 7u}, {7u, 1u}, {2u, 2u}, {5u, 4u}, {17u, 9u}, {70u, 13u}}) {
+    // Widths below, at and past two radii plus one vector of every target.
+    for (const auto& [w, h] : {std::pair{1u, 1u}, {1u, 7u}, {7u, 1u}, {2u, 2u}, {5u, 4u}, {17u, 9u}, {20u, 3u},
+                               {36u, 5u}, {37u, 2u}, {70u, 13u}, {131u, 4u}}) {
       for (const auto& [begin, end] : {std::pair{0u, h}, {0u, 1u}, {h - 1, h}, {h / 3, h / 3 + 1}}) {
-        expectMatchesReference({w, h, k, weights(rng, k, -6, 9), begin == 0 ? 1u : 4u, 7, begin, end, w % 3}, rng);
+        // Small weights keep most outputs inside 0..255, so rounding shows.
+        expectMatchesReference({w, h, k, randomWeights(rng, k, -6, 9), begin == 0 ? 1u : 4u, 7, begin, end, w % 3}, rng);
       }
     }
-    // All weights at one end of the i16 range give the largest sums.
+    // All weights at one end of the i16 range give the largest sums, and
+    // the bias at the int32 ends forces exact 64-bit sums.
     for (uint32_t shift : {0u, 16u, 31u}) {
       for (int32_t bias : {INT32_MIN, INT32_MAX}) {
-        expectMatchesReference({13, 11, k, weights(rng, k, -32768, 32767), shift, bias, 0, 11, 0}, rng);
-        expectMatchesReference({13, 11, k, std::vector<int64_t>(k * k, bias < 0 ? 32767 : -32768), shift, bias, 0, 11, 0}, rng);
+        expectMatchesReference({45, 11, k, randomWeights(rng, k, -32768, 32767), shift, bias, 0, 11, 0}, rng);
+        expectMatchesReference({45, 11, k, std::vector<int16_t>(k * k, bias < 0 ? 32767 : -32768), shift, bias, 0, 11, 0},
+                               rng);
       }
+    }
+  }
+}
+
+// Weights and biases at the edges of the 16-bit window: the widest sums that
+// still fit it, one step past, and shifts whose halves round upwards for
+// negative sums too.
+TEST_P(Conv2DTest, SumsAtTheEdgesOfSixteenBitLanesStayExact) {
+  std::mt19937 rng(22);
+  struct Row {
+    std::vector<int16_t> weights;
+    uint32_t shift;
+    int32_t bias;
+  };
+  const std::vector<Row> rows = {
+      {{128, 0, 0, 0, 0, 0, 0, 0, 128}, 8, 0},       // range 65280: fits with an offset
+      {{128, 0, 0, 0, 1, 0, 0, 0, 128}, 8, 0},       // 65535: fits only just
+      {{128, 0, 0, 0, 2, 0, 0, 0, 128}, 8, 0},       // 65790: needs 32 bits
+      {{-128, 0, 0, 0, 0, 0, 0, 0, -129}, 0, 65535},  // all negative, bias pulls back
+      {{1, -2, 1, -2, 4, -2, 1, -2, 1}, 1, -1},      // halves of negative sums
+      {{-1, -1, -1, -1, 8, -1, -1, -1, -1}, 2, 2},   // sharpening, saturates both ways
+      {{0, 0, 0, 0, 1, 0, 0, 0, 0}, 15, 16383},      // largest 16-bit shift
+      {{0, 0, 0, 0, 1, 0, 0, 0, 0}, 16, 0},          // first shift past 16 bits
+      {{0, 0, 0, 0, 0, 0, 0, 0, 0}, 3, -4},          // bias only: rounds -4 / 8 to 0
+  };
+  std::vector<uint8_t> stripes(64 * 6);
+  for (size_t i = 0; i < stripes.size(); ++i) stripes[i] = (i / 3) % 2 ? 255 : 0;
+  for (const Row& r : rows) {
+    expectMatchesReference({64, 6, 3, r.weights, r.shift, r.bias, 0, 6, 1}, rng);
+    expectMatchesReference({64, 6, 3, r.weights, r.shift, r.bias, 0, 6, 1}, rng, stripes);
+  }
+}
+
+// Rank-1 weights take the separable path: binomial, signed, with a common
+// factor in the pivot row, and one near miss that is not rank 1.
+TEST_P(Conv2DTest, SeparableWeightsMatchReference) {
+  std::mt19937 rng(23);
+  const std::vector<std::pair<std::vector<int16_t>, std::vector<int16_t>>> factors = {
+      {{1, 2, 1}, {1, 2, 1}}, {{1, 4, 6, 4, 1}, {1, 4, 6, 4, 1}}, {{-1, 0, 1}, {1, 2, 1}},
+      {{3, -6, 3}, {-2, 4, -2}}, {{0, 0, 1, 0, 0}, {7, -3, 0, 3, -7}}, {{2, 3, 2}, {-5, 0, 5}}};
+  for (const auto& [column, row] : factors) {
+    const uint32_t k = static_cast<uint32_t>(column.size());
+    for (const auto& [w, h] : {std::pair{40u, 6u}, {33u, 3u}, {100u, 7u}, {3u, 3u}}) {
+      for (int32_t bias : {0, -700, 900}) {
+        expectMatchesReference({w, h, k, outer(column, row), 4, bias, 0, h, 2}, rng);
+        std::vector<int16_t> nearMiss = outer(column, row);
+        nearMiss[k + 1] += 1;
+        expectMatchesReference({w, h, k, nearMiss, 4, bias, 1, h, 0}, rng);
+      }
+    }
+  }
+}
+
+KESH_INSTANTIATE_FOR_EVERY_TARGET(Conv2DTest);
+
+// Rank-1 detection must be exact: a separable sum is used only when the
+// factors multiply back to every weight.
+TEST(Conv2DPlanTest, FactorsExactlyTheRankOneKernels) {
+  struct Row {
+    std::vector<int32_t> weights;
+    bool rankOne;
+  };
+  const std::vector<Row> rows = {
+      {{1, 2, 1, 2, 4, 2, 1, 2, 1}, true},
+      {{0, 0, 0, 2, 4, 2, -1, -2, -1}, true},      // zero first row, negative multiple
+      {{6, 9, 3, 4, 6, 2, 2, 3, 1}, true},         // pivot row has a common factor 3
+      {{2, 4, 2, 3, 6, 3, 1, 2, 1}, true},         // rows 3/2 and 1/2 of the pivot row
+      {{1, 2, 1, 2, 4, 2, 1, 2, 2}, false},        // one weight off
+      {{0, 1, 0, 1, 0, 0, 0, 0, 0}, false},        // two independent rows
+      {{0, 0, 0, 0, 0, 0, 0, 0, 0}, true},
+  };
+  for (const Row& r : rows) {
+    int32_t column[3], row[3];
+    ASSERT_EQ(factorRankOne(r.weights.data(), 3, column, row), r.rankOne) << ::testing::PrintToString(r.weights);
+    if (!r.rankOne) continue;
+    for (int i = 0; i < 9; ++i) {
+      EXPECT_EQ(column[i / 3] * row[i % 3], r.weights[i]) << ::testing::PrintToString(r.weights) << " at " << i;
     }
   }
 }

@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 
+#include "reference_ops.h"
 #include "test_support.h"
 
 namespace kesh::kernels {
@@ -14,7 +15,7 @@ namespace {
 
 using format::BinaryFunc;
 using format::UnaryFunc;
-using namespace testing;  // NOLINT: the references' integer steps
+using namespace testing;  // NOLINT: random data
 
 struct TypeInfo {
   format::DType type;
@@ -23,46 +24,6 @@ struct TypeInfo {
 };
 constexpr TypeInfo kTypes[] = {{format::DType::kU8, 1, 0, 255}, {format::DType::kI8, 1, -128, 127},
                                {format::DType::kI16, 2, -32768, 32767}, {format::DType::kI32, 4, INT32_MIN, INT32_MAX}};
-
-// The value whose two's-complement pattern in the type is the low bits of v.
-int64_t wrap(uint64_t v, const TypeInfo& t) {
-  const unsigned bits = static_cast<unsigned>(8 * t.size);
-  const uint64_t u = v & ((uint64_t{1} << bits) - 1);
-  return t.lo < 0 && u > static_cast<uint64_t>(t.hi) ? static_cast<int64_t>(u) - (int64_t{1} << bits)
-                                                     : static_cast<int64_t>(u);
-}
-
-int64_t refUnary(UnaryFunc f, const TypeInfo& t, int64_t x, int64_t imm) {
-  switch (f) {
-    case UnaryFunc::kNeg: return clampTo(-x, t.lo, t.hi);
-    case UnaryFunc::kAbs: return clampTo(x < 0 ? -x : x, t.lo, t.hi);
-    case UnaryFunc::kNot: return wrap(~static_cast<uint64_t>(x), t);
-    case UnaryFunc::kShlI: return clampTo(x * (int64_t{1} << imm), t.lo, t.hi);
-    case UnaryFunc::kShrI: return floorDivPow2(x, static_cast<unsigned>(imm));
-    case UnaryFunc::kAddI: return clampTo(x + imm, t.lo, t.hi);
-    case UnaryFunc::kMulI: return clampTo(x * imm, t.lo, t.hi);
-    case UnaryFunc::kMinI: return clampTo(std::min(x, imm), t.lo, t.hi);
-    case UnaryFunc::kMaxI: return clampTo(std::max(x, imm), t.lo, t.hi);
-  }
-  return 0;
-}
-
-int64_t refBinary(BinaryFunc f, const TypeInfo& t, int64_t a, int64_t b) {
-  const uint64_t ua = static_cast<uint64_t>(a), ub = static_cast<uint64_t>(b);
-  switch (f) {
-    case BinaryFunc::kAdd: return clampTo(a + b, t.lo, t.hi);
-    case BinaryFunc::kSub: return clampTo(a - b, t.lo, t.hi);
-    case BinaryFunc::kMul: return clampTo(a * b, t.lo, t.hi);
-    case BinaryFunc::kMin: return std::min(a, b);
-    case BinaryFunc::kMax: return std::max(a, b);
-    case BinaryFunc::kAnd: return wrap(ua & ub, t);
-    case BinaryFunc::kOr: return wrap(ua | ub, t);
-    case BinaryFunc::kXor: return wrap(ua ^ ub, t);
-    case BinaryFunc::kAbsDiff: return clampTo(a > b ? a - b : b - a, t.lo, t.hi);
-    case BinaryFunc::kAvg: return floorDivPow2(a + b + 1, 1);
-  }
-  return 0;
-}
 
 // Every pair of edge values (range ends, their neighbours, values around
 // zero), then random pairs.
@@ -118,14 +79,14 @@ TEST(ElementwiseTest, EveryFunctionTypeAndImmediateMatchesReference) {
       for (int64_t imm : f < UnaryFunc::kShlI ? std::vector<int64_t>{0} : isShift ? shifts : imms) {
         expectMatches(
             t, rng, [&](uint8_t* d, const uint8_t* a, const uint8_t*, size_t n) { return unary(f, t.type, d, a, n, int32_t(imm)); },
-            [&](int64_t a, int64_t) { return refUnary(f, t, a, imm); }, "unary " + std::to_string(func) + type);
+            [&](int64_t a, int64_t) { return gencases::referenceUnary(f, t.type, a, imm); }, "unary " + std::to_string(func) + type);
       }
     }
     for (uint32_t func = 0; func <= static_cast<uint32_t>(BinaryFunc::kAvg); ++func) {
       const auto f = static_cast<BinaryFunc>(func);
       expectMatches(
           t, rng, [&](uint8_t* d, const uint8_t* a, const uint8_t* b, size_t n) { return binary(f, t.type, d, a, b, n); },
-          [&](int64_t a, int64_t b) { return refBinary(f, t, a, b); }, "binary " + std::to_string(func) + type);
+          [&](int64_t a, int64_t b) { return gencases::referenceBinary(f, t.type, a, b); }, "binary " + std::to_string(func) + type);
     }
   }
 }

@@ -1,11 +1,16 @@
-// Helpers of the kernel tests: deterministic random data and the exact
-// integer steps the references are written with. Not thread-safe: each test
-// owns its generator.
+// Helpers of the kernel tests: deterministic random data, and a fixture that
+// runs a test once per SIMD target compiled in and supported by this CPU.
+// Not thread-safe: each test owns its generator, and the target choice is
+// process-wide.
 #ifndef KESH_TESTS_EMULATOR_KERNELS_TEST_SUPPORT_H_
 #define KESH_TESTS_EMULATOR_KERNELS_TEST_SUPPORT_H_
 
+#include <gtest/gtest.h>
+#include <hwy/highway.h>
+
 #include <cstdint>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace kesh::kernels::testing {
@@ -20,17 +25,28 @@ inline int64_t randomIn(std::mt19937& rng, int64_t lo, int64_t hi) {
   return std::uniform_int_distribution<int64_t>(lo, hi)(rng);
 }
 
-inline int64_t clampTo(int64_t v, int64_t lo, int64_t hi) { return v < lo ? lo : (v > hi ? hi : v); }
+// The kernels dispatch to the target chosen here for the test's duration
+// (where only one target is built, that one).
+class EveryTarget : public ::testing::TestWithParam<int64_t> {
+#ifdef KESH_SIMD_DYNAMIC_DISPATCH
+ protected:
+  void SetUp() override { hwy::SetSupportedTargetsForTest(GetParam()); }
+  void TearDown() override { hwy::SetSupportedTargetsForTest(0); }
+#endif
+};
 
-// v / 2^s rounded down, by division rather than by shifting.
-inline int64_t floorDivPow2(int64_t v, unsigned s) {
-  const int64_t d = int64_t{1} << s;
-  return v / d - ((v % d != 0 && v < 0) ? 1 : 0);
-}
+#ifdef KESH_SIMD_DYNAMIC_DISPATCH
+inline std::vector<int64_t> targetsToTest() { return hwy::SupportedAndGeneratedTargets(); }
+#else
+inline std::vector<int64_t> targetsToTest() { return {HWY_STATIC_TARGET}; }
+#endif
 
-// The rounding shift: (v + 2^(s-1)) / 2^s rounded down, or v when s is 0.
-inline int64_t roundShift(int64_t v, unsigned s) { return s == 0 ? v : floorDivPow2(v + (int64_t{1} << (s - 1)), s); }
+inline std::string targetName(const ::testing::TestParamInfo<int64_t>& info) { return hwy::TargetName(info.param); }
 
 }  // namespace kesh::kernels::testing
+
+#define KESH_INSTANTIATE_FOR_EVERY_TARGET(Suite)                                                         \
+  INSTANTIATE_TEST_SUITE_P(Targets, Suite, ::testing::ValuesIn(::kesh::kernels::testing::targetsToTest()), \
+                           ::kesh::kernels::testing::targetName)
 
 #endif  // KESH_TESTS_EMULATOR_KERNELS_TEST_SUPPORT_H_

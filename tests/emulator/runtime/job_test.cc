@@ -9,7 +9,7 @@
 namespace kesh::runtime::testing {
 namespace {
 
-constexpr uint32_t kWidth = 640, kHeight = 480;
+constexpr uint32_t kWidth = 3840, kHeight = 2160;  // long enough to overlap on two cores
 
 class JobTest : public ::testing::Test {
  protected:
