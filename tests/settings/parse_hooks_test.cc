@@ -91,29 +91,6 @@ INSTANTIATE_TEST_SUITE_P(
                  "Error: cannot open file /nonexistent/x\n"}),
     [](const ::testing::TestParamInfo<FatalRow>& param) { return std::string(param.param.name); });
 
-TEST_F(ParseHooksTest, PerCommandFatalsReachTheHandler) {
-  struct Row {
-    std::string line;
-    FatalStream stream;
-    std::string text;
-  };
-  const Row rows[] = {
-      {"-x", FatalStream::kStderr, "Unknown option: 63\n"},
-      {"-t 0 -f", FatalStream::kStdout, "prog: option requires an argument -- '102'\n"},
-      {"-l 64", FatalStream::kStderr, "Invalid group loop count: 64. Maximum is 64\n"},
-  };
-  for (const Row& row : rows) {
-    try {
-      StdoutTo quiet(echo);
-      TesterSetting::TestCommand("prog", row.line);
-      ADD_FAILURE() << row.line << ": no fatal error";
-    } catch (const Intercepted& caught) {
-      EXPECT_EQ(caught.stream, row.stream) << row.line;
-      EXPECT_EQ(caught.text, row.text) << row.line;
-    }
-  }
-}
-
 TEST_F(ParseHooksTest, HooksSeeSetsOptionsBindingsAndIgnoredWords) {
   std::vector<std::string> seen;
   ParseHooks& hooks = parseHooks();

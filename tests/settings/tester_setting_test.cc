@@ -40,13 +40,20 @@ class TesterSettingTest : public ::testing::Test {
 
 TEST_F(TesterSettingTest, GlobalOptionsAndGatheredText) {
   TesterSetting none = parse({});
-  EXPECT_TRUE(none.commandGroups.empty() && !none.help && none.loopCount == 1);
+  EXPECT_TRUE(none.commandGroups.empty());
+  EXPECT_FALSE(none.help);
+  EXPECT_EQ(none.loopCount, 1);
   TesterSetting setting = parse({"-f", p + " y", "-l", "3", "-z", "--nosuch", "-b5", "--pat", p, "--hard=2",
                                  "stray", "-h", "-r", "--session", "--pack"});
   EXPECT_EQ(layout(setting), (Layout{{" -f " + p + " y -b 5 --pattern " + p + " --hard 2 --pack "}}));
-  EXPECT_TRUE(setting.help && setting.random && setting.sessionReused && setting.loopCount == 3);
+  EXPECT_TRUE(setting.help);
+  EXPECT_TRUE(setting.random);
+  EXPECT_TRUE(setting.sessionReused);
+  EXPECT_EQ(setting.loopCount, 3);
   const TesterSetting::TestCommand& command = setting.commandGroups[0][0];
-  EXPECT_TRUE(command.pack && command.groupLoopCount == 1 && command.subCommands.size() == 2);
+  EXPECT_TRUE(command.pack);
+  EXPECT_EQ(command.groupLoopCount, 1);
+  EXPECT_EQ(command.subCommands.size(), 2u);
 }
 
 TEST_F(TesterSettingTest, CommandFilesInOrderEveryLineASetThenGroups) {
@@ -65,7 +72,8 @@ TEST_F(TesterSettingTest, LargeCommandFiles) {
   content += "-g 7 " + std::string(4 << 20, 'x') + std::string(1 << 20, ' ') + "-l 9";
   std::vector<TesterSetting::TestCommand> commands = parse({}).readCommand("prog", dir.write("c", content).c_str());
   ASSERT_EQ(commands.size(), 20001u);
-  EXPECT_TRUE(commands[19999].groupIndex == 19999 && commands[20000].groupLoopCount == 9);
+  EXPECT_EQ(commands[19999].groupIndex, 19999);
+  EXPECT_EQ(commands[20000].groupLoopCount, 9);
 }
 
 TEST_F(TesterSettingTest, FailuresEndTheProcessBeforeAnyHelp) {
@@ -78,7 +86,9 @@ TEST_F(TesterSettingTest, FailuresEndTheProcessBeforeAnyHelp) {
   };
   for (const auto& c : cases) {
     ChildResult result = runInChild([&] { parse(c[0], false).showHelp(); });
-    EXPECT_TRUE(result.status == 1 && result.out == c[1][0] && result.err == c[2][0]) << result.out << result.err;
+    EXPECT_EQ(result.status, 1) << c[0][0];
+    EXPECT_EQ(result.out, c[1][0]) << c[0][0];
+    EXPECT_EQ(result.err, c[2][0]) << c[0][0];
   }
 }
 
@@ -96,7 +106,8 @@ TEST_F(TesterSettingTest, ShuffleMovesWholeGroupsAndReachesEveryOrder) {
 TEST_F(TesterSettingTest, HelpIsEighteenLinesInOnePiece) {
   const std::string help = captureStdout([&] { parse({}).showHelp(); });
   EXPECT_EQ(std::count(help.begin(), help.end(), '\n'), 18);
-  EXPECT_TRUE(help.back() == '\n' && help.find("\n\n") == std::string::npos);
+  EXPECT_EQ(help.back(), '\n');
+  EXPECT_EQ(help.find("\n\n"), std::string::npos);
   EXPECT_EQ(help.rfind("This is KESH pattern player. Usage: \n  kesh_player [options]\n", 0), 0u);
 }
 
