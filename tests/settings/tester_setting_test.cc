@@ -66,16 +66,6 @@ TEST_F(TesterSettingTest, CommandFilesInOrderEveryLineASetThenGroups) {
   EXPECT_EQ(echo, "Pattern binary: " + p + "\nSet soft limit to 4\nSet hard limit to 1\n");
 }
 
-TEST_F(TesterSettingTest, LargeCommandFiles) {
-  std::string content;
-  for (int i = 0; i < 20000; ++i) content += "-g " + std::to_string(i) + "\n";
-  content += "-g 7 " + std::string(4 << 20, 'x') + std::string(1 << 20, ' ') + "-l 9";
-  std::vector<TesterSetting::TestCommand> commands = parse({}).readCommand("prog", dir.write("c", content).c_str());
-  ASSERT_EQ(commands.size(), 20001u);
-  EXPECT_EQ(commands[19999].groupIndex, 19999);
-  EXPECT_EQ(commands[20000].groupLoopCount, 9);
-}
-
 TEST_F(TesterSettingTest, FailuresEndTheProcessBeforeAnyHelp) {
   const std::string bad = dir.write("bad.txt", "-f " + p + "\n-r\n-f " + p + "\n"), none = dir.path + "/none";
   const std::vector<std::string> cases[][3] = {
@@ -101,14 +91,6 @@ TEST_F(TesterSettingTest, ShuffleMovesWholeGroupsAndReachesEveryOrder) {
   }
   EXPECT_EQ(seen.size(), 6u);
   EXPECT_EQ(seen.count(Layout{{"c"}, {"d"}, {"-g 1 a", "-g 1 b"}}), 1u);
-}
-
-TEST_F(TesterSettingTest, HelpIsEighteenLinesInOnePiece) {
-  const std::string help = captureStdout([&] { parse({}).showHelp(); });
-  EXPECT_EQ(std::count(help.begin(), help.end(), '\n'), 18);
-  EXPECT_EQ(help.back(), '\n');
-  EXPECT_EQ(help.find("\n\n"), std::string::npos);
-  EXPECT_EQ(help.rfind("This is KESH pattern player. Usage: \n  kesh_player [options]\n", 0), 0u);
 }
 
 }  // namespace
