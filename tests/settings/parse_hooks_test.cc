@@ -18,24 +18,6 @@
 namespace kesh::settings::testing {
 namespace {
 
-/// What the handler throws: the message and its stream.
-struct Intercepted {
-  FatalStream stream;
-  std::string text;
-};
-
-[[noreturn]] void throwIntercepted(FatalStream stream, const std::string& text) { throw Intercepted{stream, text}; }
-
-/// Sends standard output to `sink` while alive, also when a fatal error unwinds through it.
-class StdoutTo {
- public:
-  explicit StdoutTo(std::ostringstream& sink) : saved_(std::cout.rdbuf(sink.rdbuf())) {}
-  ~StdoutTo() { std::cout.rdbuf(saved_); }
-
- private:
-  std::streambuf* saved_;
-};
-
 class ParseHooksTest : public ::testing::Test {
  protected:
   void SetUp() override { setFatalHandler(throwIntercepted); }
@@ -57,26 +39,31 @@ class ParseHooksTest : public ::testing::Test {
   std::ostringstream echo;
 };
 
-TEST_F(ParseHooksTest, HandlerReceivesFatalErrorsInsteadOfTheProcessEnding) {
+TEST_F(ParseHooksTest, GlobalFatalErrorsReachTheHandlerAfterTheirEcho) {
+  const std::string p = dir.write("p.bin", "P"), none = dir.path + "/none";
+  const std::string bad = dir.write("bad.txt", "-f " + p + "\n-r\n-f " + p + "\n");
   struct Row {
     std::vector<std::string> args;
+    std::string echo;
     FatalStream stream;
     std::string text;
   };
   const Row rows[] = {
-      {{"-f"}, FatalStream::kStdout, "prog: option requires an argument - 'f\n"},
-      {{"--command", "/nonexistent/x"}, FatalStream::kStderr, "Error: cannot open file /nonexistent/x\n"},
-      {{"--command", "/dev/null", "-b", "1"}, FatalStream::kStderr,
-       "No pattern binary found, set pattern binary first!\n"},
+      {{"--loop"}, "", FatalStream::kStdout, "prog: option requires an argument - 'l\n"},
+      {{"--command"}, "", FatalStream::kStdout, "prog: option requires an argument - '\x01\n"},
+      {{"-h", "--command", bad}, "Pattern binary: " + p + "\n", FatalStream::kStderr, "Unknown option: 63\n"},
+      {{"-h", "--command", none}, "", FatalStream::kStderr, "Error: cannot open file " + none + "\n"},
   };
   for (const Row& row : rows) {
+    echo.str("");
     try {
       parse(row.args);
-      ADD_FAILURE() << row.args[0] << ": no fatal error";
+      ADD_FAILURE() << row.args.back() << ": no fatal error";
     } catch (const Intercepted& caught) {
-      EXPECT_EQ(caught.stream, row.stream) << row.args[0];
-      EXPECT_EQ(caught.text, row.text) << row.args[0];
+      EXPECT_EQ(caught.stream, row.stream) << row.args.back();
+      EXPECT_EQ(caught.text, row.text) << row.args.back();
     }
+    EXPECT_EQ(echo.str(), row.echo) << row.args.back();
   }
 }
 

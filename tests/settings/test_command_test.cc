@@ -2,13 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <iostream>
 #include <optional>
 #include <sstream>
-#include <utility>
 #include <thread>
 
-#include "common/fatal.h"
 #include "settings/tester_setting.h"
 #include "settings/word_split.h"
 #include "settings_test_support.h"
@@ -106,10 +103,6 @@ TEST_F(TestCommandTest, DataBindsToBaseNameFirstFileWinsBuiltInCaseIsCurrent) {
   EXPECT_NE(twice.subCommands[0].inputs, twice.subCommands[1].inputs);
 }
 
-[[noreturn]] void throwMessage(FatalStream stream, const std::string& text) {
-  throw std::make_pair(stream, text);
-}
-
 TEST_F(TestCommandTest, BadLinesEndWithTheirMessageAfterTheirEcho) {
   const std::string none = dir.path + "/none", open = "Error: cannot open file ";
   const FatalStream out = FatalStream::kStdout, err = FatalStream::kStderr;
@@ -130,18 +123,17 @@ TEST_F(TestCommandTest, BadLinesEndWithTheirMessageAfterTheirEcho) {
       {"-f " + p + " -o " + none, "Pattern binary: " + p + "\nPattern golden 0: " + none + "\n", err,
        open + none + "\n"},
   };
-  setFatalHandler(throwMessage);
+  setFatalHandler(throwIntercepted);
   for (const Row& row : rows) {
     std::ostringstream printed;
-    std::streambuf* saved = std::cout.rdbuf(printed.rdbuf());
     try {
+      StdoutTo redirect(printed);
       TestCommand("prog", row.line);
       ADD_FAILURE() << row.line << ": accepted";
-    } catch (const std::pair<FatalStream, std::string>& caught) {
-      EXPECT_EQ(caught.first, row.stream) << row.line;
-      EXPECT_EQ(caught.second, row.message) << row.line;
+    } catch (const Intercepted& caught) {
+      EXPECT_EQ(caught.stream, row.stream) << row.line;
+      EXPECT_EQ(caught.text, row.message) << row.line;
     }
-    std::cout.rdbuf(saved);
     EXPECT_EQ(printed.str(), row.echo) << row.line;
   }
   setFatalHandler(nullptr);

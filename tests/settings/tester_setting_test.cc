@@ -66,22 +66,6 @@ TEST_F(TesterSettingTest, CommandFilesInOrderEveryLineASetThenGroups) {
   EXPECT_EQ(echo, "Pattern binary: " + p + "\nSet soft limit to 4\nSet hard limit to 1\n");
 }
 
-TEST_F(TesterSettingTest, FailuresEndTheProcessBeforeAnyHelp) {
-  const std::string bad = dir.write("bad.txt", "-f " + p + "\n-r\n-f " + p + "\n"), none = dir.path + "/none";
-  const std::vector<std::string> cases[][3] = {
-      {{"--loop"}, {"prog: option requires an argument - 'l\n"}, {""}},
-      {{"--command"}, {"prog: option requires an argument - '\x01\n"}, {""}},
-      {{"-h", "--command", bad}, {"Pattern binary: " + p + "\n"}, {"Unknown option: 63\n"}},
-      {{"-h", "--command", none}, {""}, {"Error: cannot open file " + none + "\n"}},
-  };
-  for (const auto& c : cases) {
-    ChildResult result = runInChild([&] { parse(c[0], false).showHelp(); });
-    EXPECT_EQ(result.status, 1) << c[0][0];
-    EXPECT_EQ(result.out, c[1][0]) << c[0][0];
-    EXPECT_EQ(result.err, c[2][0]) << c[0][0];
-  }
-}
-
 TEST_F(TesterSettingTest, ShuffleMovesWholeGroupsAndReachesEveryOrder) {
   TesterSetting setting = parse({"--command", dir.write("f", "-g 1 a\n-g 1 b\nc\nd")});
   std::set<Layout> seen;
