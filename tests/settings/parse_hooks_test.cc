@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -25,16 +24,7 @@ class ParseHooksTest : public ::testing::Test {
     setFatalHandler(nullptr);
     parseHooks() = ParseHooks{};
   }
-  /// Runs the global parser on "prog" and `args`, its output captured into `echo`.
-  std::optional<TesterSetting> parse(std::vector<std::string> args) {
-    args.insert(args.begin(), "prog");
-    std::vector<char*> argv;
-    for (std::string& arg : args) argv.push_back(arg.data());
-    std::optional<TesterSetting> setting;
-    StdoutTo quiet(echo);
-    setting.emplace(static_cast<int>(argv.size()), argv.data());
-    return setting;
-  }
+  TesterSetting parse(const std::vector<std::string>& args) { return parseArguments(args, echo); }
   TempDir dir;
   std::ostringstream echo;
 };
@@ -88,8 +78,7 @@ TEST_F(ParseHooksTest, HooksSeeSetsOptionsBindingsAndIgnoredWords) {
   hooks.optionIgnored = [&](const char* word) { seen.push_back(std::string("ignored ") + word); };
 
   const std::string file = dir.write("sets.txt", "-f /d/p.bin -i /d/a.bin -i /e/a.x\n--pack");
-  std::optional<TesterSetting> setting = parse({"--version", "--h", "-z", "--command", file, "-f", "q.bin", "stray"});
-  ASSERT_TRUE(setting.has_value());
+  parse({"--version", "--h", "-z", "--command", file, "-f", "q.bin", "stray"});
   const std::vector<std::string> expected = {
       "ignored --version",
       "ignored --h",
@@ -130,13 +119,12 @@ TEST_F(ParseHooksTest, CommandFileGoesOnAfterAFaultyLineWhenTheEmbedderAsks) {
   // The last line fails inside a cluster of short options: the scan of the
   // program's arguments must not resume inside its words.
   const std::string file = dir.write("sets.txt", "-g 1\n-q\n-l 64\n-g 1\n-qpack");
-  std::optional<TesterSetting> setting = parse({"--command", file, "-r"});
-  ASSERT_TRUE(setting.has_value());
+  const TesterSetting setting = parse({"--command", file, "-r"});
   EXPECT_EQ(errors, (std::vector<std::string>{"Unknown option: 63\n", "Invalid group loop count: 64. Maximum is 64\n",
                                               "Unknown option: 63\n"}));
-  EXPECT_TRUE(setting->random);
-  ASSERT_EQ(setting->commandGroups.size(), 1u);
-  EXPECT_EQ(setting->commandGroups[0].size(), 2u);
+  EXPECT_TRUE(setting.random);
+  ASSERT_EQ(setting.commandGroups.size(), 1u);
+  EXPECT_EQ(setting.commandGroups[0].size(), 2u);
 }
 
 }  // namespace

@@ -10,8 +10,10 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "common/fatal.h"
+#include "settings/tester_setting.h"
 
 namespace kesh::settings::testing {
 
@@ -53,6 +55,15 @@ inline std::string captureStdout(const std::function<void()>& body) {
     body();
   }
   return out.str();
+}
+
+/// The settings the global parser builds from "prog" and `args`; what it prints goes to `echo`.
+inline TesterSetting parseArguments(std::vector<std::string> args, std::ostringstream& echo) {
+  args.insert(args.begin(), "prog");
+  std::vector<char*> argv;
+  for (std::string& arg : args) argv.push_back(arg.data());
+  StdoutTo quiet(echo);
+  return TesterSetting(static_cast<int>(argv.size()), argv.data());
 }
 
 /// What throwIntercepted throws: a fatal error's message and its stream.
