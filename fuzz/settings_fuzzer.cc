@@ -6,6 +6,7 @@
 // a few bytes), so nothing but the parsing itself is exercised.
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -18,9 +19,10 @@
 
 namespace {
 
-// Each built-in case copies up to 8 MB; more than this many per input only
-// measures the allocator.
-constexpr int kMaxBuiltInCases = 8;
+// Built-in cases are copied whole: more than this many per input, or the
+// 8 MB case, only measure the allocator (every case takes the same path).
+constexpr int kMaxBuiltInCases = 2;
+constexpr int kLargestCase = 5;
 
 struct Intercepted {};
 
@@ -39,6 +41,7 @@ std::vector<std::string> split(const std::string& text, char separator) {
 
 std::vector<std::string> commandLines;
 int builtInCases = 0;
+std::size_t commandFiles = 0;
 
 void installHooks() {
   kesh::setFatalHandler(throwIntercepted);
@@ -46,11 +49,13 @@ void installHooks() {
   hooks.readData = [](kesh::settings::DataRole role, const char* path) {
     return std::vector<uint8_t>(std::string(path).size() % 7, static_cast<uint8_t>(role));
   };
-  hooks.optionApplied = [](int code, const char*) {
-    if (code == 't' && ++builtInCases > kMaxBuiltInCases) throw Intercepted{};
+  hooks.optionApplied = [](int code, const char* argument) {
+    if (code != 't') return;
+    if (++builtInCases > kMaxBuiltInCases || std::atoi(argument) == kLargestCase) throw Intercepted{};
   };
   // Every --command file is the input's own command lines, each line on its own.
   hooks.readCommandFile = [](const char* programName, const char*) {
+    ++commandFiles;
     std::vector<TesterSetting::TestCommand> commands;
     for (const std::string& line : commandLines) {
       try {
@@ -76,6 +81,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   std::vector<std::string> words = split(lines.front(), ' ');
   commandLines.assign(lines.begin() + 1, lines.end());
   builtInCases = 0;
+  commandFiles = 0;
+  for (const std::string& line : commandLines) {
+    try {
+      TesterSetting::TestCommand command("kesh_player", line);
+    } catch (const Intercepted&) {
+      kesh::settings::resetScanner();
+    }
+  }
 
   words.insert(words.begin(), "kesh_player");
   std::vector<char*> argv;
@@ -85,7 +98,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     TesterSetting setting(static_cast<int>(words.size()), argv.data());
     std::size_t sets = 0;
     for (const auto& group : setting.commandGroups) sets += group.size();
-    if (sets > commandLines.size() * 2 + 1) __builtin_trap();  // at most one set per line per file, plus one
+    // At most one set per line of every command file, plus the command line's own.
+    if (sets > commandLines.size() * commandFiles + 1) __builtin_trap();
   } catch (const Intercepted&) {
   }
   return 0;

@@ -14,8 +14,12 @@
 
 namespace {
 
-// Step for whatever follows the reported size.
+// Step for smaller files and for whatever follows the reported size.
 constexpr std::size_t kTailChunk = 64 * 1024;
+
+// From this size on a file is copied out of a mapping into storage backed by
+// huge pages; below it a huge page rarely fits and plain reads cost the same.
+constexpr int32_t kMapAtLeast = 4 << 20;
 
 // Closes the descriptor when the reading ends, however it ends.
 class Descriptor {
@@ -41,6 +45,21 @@ int32_t reportedSize(int fd) {
   return static_cast<int32_t>(static_cast<uint32_t>(end));
 }
 
+// Asks for huge pages behind the aligned middle of `bytes`' storage: filling
+// a large fresh buffer costs mostly page faults, and a 2 MB page takes one
+// where 4 KB pages take 512. A hint only; nothing changes where it is refused.
+void preferHugePages(std::vector<uint8_t>& bytes) {
+#ifdef MADV_HUGEPAGE
+  constexpr uintptr_t kHugePage = uintptr_t{2} << 20;
+  const auto start = reinterpret_cast<uintptr_t>(bytes.data());
+  const uintptr_t first = (start + kHugePage - 1) & ~(kHugePage - 1);
+  const uintptr_t last = (start + bytes.capacity()) & ~(kHugePage - 1);
+  if (last > first) ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+#else
+  (void)bytes;
+#endif
+}
+
 // The first `size` bytes of a regular file copied straight out of the page
 // cache into the vector's storage, which is never zero-filled first; empty
 // when the file cannot be mapped (the caller then reads it).
@@ -52,6 +71,7 @@ std::vector<uint8_t> copyMapped(int fd, std::size_t size) {
   const auto* first = static_cast<const uint8_t*>(mapped);
   std::vector<uint8_t> bytes;
   bytes.reserve(size);
+  preferHugePages(bytes);
   bytes.assign(first, first + size);
   ::munmap(mapped, size);
   ::lseek(fd, static_cast<off_t>(size), SEEK_SET);
@@ -84,7 +104,7 @@ std::vector<uint8_t> TesterSetting::TestCommand::readData(const char* path) {
   // impossible reservation it aborts the process.
   if (size < 0) std::abort();
   std::vector<uint8_t> bytes;
-  if (size != 0) bytes = copyMapped(file.get(), static_cast<std::size_t>(size));
+  if (size >= kMapAtLeast) bytes = copyMapped(file.get(), static_cast<std::size_t>(size));
   if (bytes.empty() && size != 0) bytes.reserve(static_cast<std::size_t>(size));
   readToEnd(file.get(), bytes);
   return bytes;
