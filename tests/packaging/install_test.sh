@@ -3,8 +3,9 @@
 # a fresh temporary prefix:
 #   consumers  a C program links the host library through find_package and through
 #              pkg-config, and runs (creates a player and destroys it)
-#   player     the installed kesh_player runs a built-in case without LD_LIBRARY_PATH,
-#              with the installed library, also after the tree is moved elsewhere
+#   player     the installed kesh_player starts without LD_LIBRARY_PATH, with the
+#              installed library, also after the tree is moved elsewhere (the
+#              end-to-end tests play the cases; here the loader is what counts)
 #   manpages   every page renders without a warning, and every option of the
 #              tool's usage text is described in its page
 # Usage: install_test.sh MODE BUILD_DIR SOURCE_DIR CMAKE C_COMPILER [SKIP_REASON]
@@ -57,8 +58,7 @@ run_player() {
   local tree out
   for tree in "$prefix" "$work/moved"; do
     [ -d "$tree" ] || mv "$prefix" "$tree"
-    out=$("$tree/bin/kesh_player" -t 0 2>&1) || fail "$tree/bin/kesh_player -t 0 exits $?: $out"
-    [ "$(tail -n 1 <<<"$out")" = "Test pattern passed!!!" ] || { echo "$out" >&2; fail "$tree: -t 0 did not pass"; }
+    out=$("$tree/bin/kesh_player" -h 2>&1) || fail "$tree/bin/kesh_player -h exits $?: $out"
     expect_library_of "$tree/bin/kesh_player" "$tree"
   done
 }
