@@ -25,31 +25,31 @@ bool redirect(int target, const std::string& path, int flags) {
 }
 
 // The child's side: never returns.
-[[noreturn]] void becomeChild(const ChildSpec& spec, const TempDir& streams) {
+[[noreturn]] void becomeChild(const ChildTask& task, const TempDir& streams) {
   if (!redirect(0, streams.path() + "/in", O_RDONLY) ||
       !redirect(1, streams.path() + "/out", O_WRONLY | O_CREAT | O_TRUNC) ||
       !redirect(2, streams.path() + "/err", O_WRONLY | O_CREAT | O_TRUNC)) {
     _exit(127);
   }
-  if (!spec.dir.empty() && chdir(spec.dir.c_str()) != 0) {
-    std::fprintf(stderr, "cannot enter %s: %s\n", spec.dir.c_str(), std::strerror(errno));
+  if (!task.dir.empty() && chdir(task.dir.c_str()) != 0) {
+    std::fprintf(stderr, "cannot enter %s: %s\n", task.dir.c_str(), std::strerror(errno));
     _exit(127);
   }
-  for (const auto& [name, value] : spec.env) {
+  for (const auto& [name, value] : task.env) {
     if (value) {
       setenv(name.c_str(), value->c_str(), 1);
     } else {
       unsetenv(name.c_str());
     }
   }
-  if (spec.argv.empty()) {
-    const int status = spec.body();
+  if (task.argv.empty()) {
+    const int status = task.body();
     std::cout.flush();
     std::fflush(nullptr);
     _exit(status);
   }
   std::vector<char*> words;
-  for (const std::string& word : spec.argv) words.push_back(const_cast<char*>(word.c_str()));
+  for (const std::string& word : task.argv) words.push_back(const_cast<char*>(word.c_str()));
   words.push_back(nullptr);
   execvp(words[0], words.data());
   std::fprintf(stderr, "cannot run %s: %s\n", words[0], std::strerror(errno));
@@ -58,15 +58,15 @@ bool redirect(int target, const std::string& path, int flags) {
 
 }  // namespace
 
-ChildResult runChild(const ChildSpec& spec) {
+ChildResult runChild(const ChildTask& task) {
   const TempDir streams;
-  streams.write("in", spec.input);
+  streams.write("in", task.input);
   // Whatever the parent buffered must not be written twice.
   std::cout.flush();
   std::cerr.flush();
   std::fflush(nullptr);
   const pid_t pid = fork();
-  if (pid == 0) becomeChild(spec, streams);
+  if (pid == 0) becomeChild(task, streams);
   ChildResult result;
   if (pid < 0) {
     result.err = std::string("fork: ") + std::strerror(errno) + "\n";

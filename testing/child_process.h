@@ -14,7 +14,7 @@
 namespace kesh::testing {
 
 /// What to run in the child, and how.
-struct ChildSpec {
+struct ChildTask {
   /// Program (looked up on PATH) and its arguments; empty to run `body` instead.
   std::vector<std::string> argv;
   /// Code run in the forked child when `argv` is empty; what it returns is the exit status.
@@ -35,9 +35,9 @@ struct ChildResult {
   std::string err;  ///< standard error
 };
 
-/// Runs `spec` in a new process and waits for it. A program that cannot be
+/// Runs `task` in a new process and waits for it. A program that cannot be
 /// started ends with status 127 and a line on standard error.
-ChildResult runChild(const ChildSpec& spec);
+ChildResult runChild(const ChildTask& task);
 
 }  // namespace kesh::testing
 

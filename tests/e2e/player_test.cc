@@ -75,18 +75,18 @@ void PlayerTest::writeCopyCase(uint32_t size, const std::vector<size_t>& flips, 
 }
 
 PlayerRun PlayerTest::run(const std::vector<std::string>& args, const std::string& failing) {
-  ChildSpec spec;
+  ChildTask task;
   for (const char* word : kLauncher) {
-    if (word != nullptr) spec.argv.emplace_back(word);
+    if (word != nullptr) task.argv.emplace_back(word);
   }
-  spec.argv.emplace_back(KESH_PLAYER_PATH);
-  spec.argv.insert(spec.argv.end(), args.begin(), args.end());
-  spec.dir = dir_;
+  task.argv.emplace_back(KESH_PLAYER_PATH);
+  task.argv.insert(task.argv.end(), args.begin(), args.end());
+  task.dir = dir_;
   // The test's own library settings never leak into the tool.
-  spec.env = {{"KESH_EMU_TRACE", "trace.log"}, {"KESH_EMU_FAIL", std::nullopt}};
-  if (!failing.empty()) spec.env.emplace_back("KESH_EMU_FAIL", failing);
+  task.env = {{"KESH_EMU_TRACE", "trace.log"}, {"KESH_EMU_FAIL", std::nullopt}};
+  if (!failing.empty()) task.env.emplace_back("KESH_EMU_FAIL", failing);
   std::remove((dir_ + "/trace.log").c_str());
-  const ChildResult child = runChild(spec);
+  const ChildResult child = runChild(task);
   return {child.signal != 0 ? 128 + child.signal : child.status, maskNumbers(child.out, " of sub-command ", ": "),
           child.err, numberHandlesPerKind(maskNumbers(readFile(dir_ + "/trace.log"), "kind=", "value="))};
 }

@@ -28,13 +28,13 @@ struct Traced {
 
 Traced traceOfChild(const char* fail, const std::function<void()>& body) {
   const kesh::testing::TempDir dir;
-  kesh::testing::ChildSpec spec;
-  spec.body = [&] {
+  kesh::testing::ChildTask task;
+  task.body = [&] {
     body();
     return 0;
   };
-  spec.env = {{"KESH_EMU_TRACE", dir.path() + "/trace.log"}, {"KESH_EMU_FAIL", fail}};
-  const kesh::testing::ChildResult child = kesh::testing::runChild(spec);
+  task.env = {{"KESH_EMU_TRACE", dir.path() + "/trace.log"}, {"KESH_EMU_FAIL", fail}};
+  const kesh::testing::ChildResult child = kesh::testing::runChild(task);
   Traced traced{child.out, {}};
   if (child.status != 0) traced.out = "status " + std::to_string(child.status) + " signal " + std::to_string(child.signal);
   std::istringstream in(kesh::testing::readFile(dir.path() + "/trace.log"));
