@@ -91,8 +91,10 @@ const Runs kRuns[] = {
      "[2/3] Test pattern passed!!!\n[3/3] Test pattern start...\n[3/3] Test pattern passed!!!\n",
      0, 3},
     // A failed run ends the loop, an endless one too.
-    {"AFailureEndsTheLoop", with(kFail, {"-l", "3"}), "[1/3] Test pattern start...\n[1/3] Test pattern failed!!!\n", 255, 1},
-    {"AFailureEndsAnEndlessLoop", with(kFail, {"-l", "-1"}), "[1] Test pattern start...\n[1] Test pattern failed!!!\n", 255, 1},
+    {"AFailureEndsTheLoop", with(kFail, {"-l", "3"}),
+     "[1/3] Test pattern start...\n[1/3] Test pattern failed!!!\n", 255, 1},
+    {"AFailureEndsAnEndlessLoop", with(kFail, {"-l", "-1"}),
+     "[1] Test pattern start...\n[1] Test pattern failed!!!\n", 255, 1},
     // No run due, help, or nothing to run: no player, and a good end.
     {"NoRunDue", with(kFail, {"-l", "0"}), "", 0, 0},
     {"Help", with(kFail, {"-h"}), "", 0, 0},

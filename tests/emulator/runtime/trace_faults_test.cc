@@ -36,7 +36,9 @@ Traced traceOfChild(const char* fail, const std::function<void()>& body) {
   task.env = {{"KESH_EMU_TRACE", dir.path() + "/trace.log"}, {"KESH_EMU_FAIL", fail}};
   const kesh::testing::ChildResult child = kesh::testing::runChild(task);
   Traced traced{child.out, {}};
-  if (child.status != 0) traced.out = "status " + std::to_string(child.status) + " signal " + std::to_string(child.signal);
+  if (child.status != 0) {
+    traced.out = "status " + std::to_string(child.status) + " signal " + std::to_string(child.signal);
+  }
   std::istringstream in(kesh::testing::readFile(dir.path() + "/trace.log"));
   for (std::string line; std::getline(in, line);) traced.lines.push_back(line);
   return traced;
@@ -50,8 +52,8 @@ TEST(TraceTest, TracesHandlesStringsOutputsAndInjectedFailures) {
     _pattern_graph* graph = keshCreatePatternGraph(player, "g");
     _pattern* pattern = loadPattern(player, copyPattern(16));
     _pattern_node_handle* node = nullptr;
-    std::cout << keshAddPattern(graph, pattern, 0, 0, &node, nullptr) << (node == nullptr ? " null " : " set ")
-              << keshAddPattern(graph, pattern, 0, 0, &node, "n") << (keshCreateMem(player, 16, "a") ? " mem" : " null")
+    std::cout << keshAddPattern(graph, pattern, 0, 0, &node, nullptr) << (node == nullptr ? " null " : " set ");
+    std::cout << keshAddPattern(graph, pattern, 0, 0, &node, "n") << (keshCreateMem(player, 16, "a") ? " mem" : " null")
               << (keshCreateMem(player, 16, "o\"ut\n") ? " mem" : " null")
               << (keshMapMem(keshCreateMem(player, 8, "c")) ? " mapped" : " null");
   });
