@@ -1,4 +1,4 @@
-#include "sample_patterns.h"
+#include "testing/sample_patterns.h"
 
 #include "format/writer.h"
 

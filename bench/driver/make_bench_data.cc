@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "sample_patterns.h"
+#include "testing/sample_patterns.h"
 
 int main() {
   const std::vector<uint8_t> pattern = kesh::testing::matMulPattern(192, 192, 192);

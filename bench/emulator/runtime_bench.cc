@@ -9,8 +9,8 @@
 #include <initializer_list>
 #include <vector>
 
-#include "pattern_calls.h"
-#include "sample_patterns.h"
+#include "testing/pattern_calls.h"
+#include "testing/sample_patterns.h"
 
 namespace {
 

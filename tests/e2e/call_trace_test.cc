@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "player_test.h"
-#include "sample_patterns.h"
+#include "testing/sample_patterns.h"
 
 namespace kesh::testing {
 namespace {
@@ -24,7 +24,7 @@ std::string argQueries(const std::string& pattern) {
 std::string execInfo(const std::string& node) {
   std::string calls;
   for (const char* kind : {"1", "0", "65535", "65534"}) {
-    calls += "keshGetPatternNodeExecInfo(job=J11, node=" + node + ", kind=" + kind + ", value=#) = 0\n";
+    calls += "keshGetPatternNodeExecInfo(job=J1, node=" + node + ", kind=" + kind + ", value=#) = 0\n";
   }
   return calls;
 }
@@ -43,51 +43,51 @@ TEST_F(CallTraceTest, SetUpWaitCompareAndReleaseFollowTheContract) {
   ASSERT_EQ(result.status, 0) << result.err;
   // Memory goes in name order, before its node; patterns go last, in order.
   EXPECT_EQ(result.trace, R"(keshCreatePlayer(name="KESH pattern tester") = P1
+keshCreatePattern(player=P1, size=192, name="tester_pattern") = T1
 keshCreatePattern(player=P1, size=192, name="tester_pattern") = T2
-keshCreatePattern(player=P1, size=192, name="tester_pattern") = T3
-keshCreatePatternGraph(player=P1, name="tester_graph") = G4
-keshSetPatternGraphOption(graph=G4, option=0, value=100000000) = 0
-keshSetPatternGraphOption(graph=G4, option=1, value=50000000) = 0
-keshAddPattern(graph=G4, pattern=T2, reserved0=0, reserved1=0, name="tester_pattern", node=N5) = 0
-keshAddPattern(graph=G4, pattern=T3, reserved0=0, reserved1=0, name="tester_pattern", node=N6) = 0
-keshSetPatternPack(graph=G4, count=2, nodes=[N5, N6]) = 0
-keshBuildPatternGraph(graph=G4) = 0
-)" + argQueries("T2") + R"(keshCreateMem(player=P1, size=8, name="zeta") = M7
-keshMapMem(mem=M7) = mapped
-keshFlushMem(mem=M7) = 0
-keshSetPatternNodeArg(node=N5, index=0, mem=M7, size=8) = 0
-keshCreateMem(player=P1, size=8, name="alpha") = M8
-keshMapMem(mem=M8) = mapped
-keshSetPatternNodeArg(node=N5, index=1, mem=M8, size=8) = 0
-keshSetPatternNodeOption(node=N5, option=0, value=5) = 0
-keshSetPatternNodeOption(node=N5, option=1, value=0) = 0
-keshUpdatePatternNode(node=N5) = 0
-)" + argQueries("T3") + R"(keshCreateMem(player=P1, size=8, name="zeta") = M9
-keshMapMem(mem=M9) = mapped
-keshFlushMem(mem=M9) = 0
-keshSetPatternNodeArg(node=N6, index=0, mem=M9, size=8) = 0
-keshCreateMem(player=P1, size=8, name="alpha") = M10
-keshMapMem(mem=M10) = mapped
-keshSetPatternNodeArg(node=N6, index=1, mem=M10, size=8) = 0
-keshUpdatePatternNode(node=N6) = 0
-keshPlayPatternGraph(player=P1, graph=G4, flags=0, job=J11) = 0
-keshWaitPatternJob(job=J11) = 0
-)" + execInfo("N5") + execInfo("N6") + R"(keshUnmapMem(mem=M7) = 0
-keshInvalidateMem(mem=M8) = 0
-keshUnmapMem(mem=M8) = 0
-keshUnmapMem(mem=M9) = 0
-keshInvalidateMem(mem=M10) = 0
-keshUnmapMem(mem=M10) = 0
-keshDestroyMem(mem=M8) = 0
-keshDestroyMem(mem=M7) = 0
-keshDestroyPatternNode(node=N5) = 0
-keshDestroyMem(mem=M10) = 0
-keshDestroyMem(mem=M9) = 0
-keshDestroyPatternNode(node=N6) = 0
-keshDestroyPatternJob(job=J11) = 0
-keshDestroyPatternGraph(graph=G4) = 0
+keshCreatePatternGraph(player=P1, name="tester_graph") = G1
+keshSetPatternGraphOption(graph=G1, option=0, value=100000000) = 0
+keshSetPatternGraphOption(graph=G1, option=1, value=50000000) = 0
+keshAddPattern(graph=G1, pattern=T1, reserved0=0, reserved1=0, name="tester_pattern", node=N1) = 0
+keshAddPattern(graph=G1, pattern=T2, reserved0=0, reserved1=0, name="tester_pattern", node=N2) = 0
+keshSetPatternPack(graph=G1, count=2, nodes=[N1, N2]) = 0
+keshBuildPatternGraph(graph=G1) = 0
+)" + argQueries("T1") + R"(keshCreateMem(player=P1, size=8, name="zeta") = M1
+keshMapMem(mem=M1) = mapped
+keshFlushMem(mem=M1) = 0
+keshSetPatternNodeArg(node=N1, index=0, mem=M1, size=8) = 0
+keshCreateMem(player=P1, size=8, name="alpha") = M2
+keshMapMem(mem=M2) = mapped
+keshSetPatternNodeArg(node=N1, index=1, mem=M2, size=8) = 0
+keshSetPatternNodeOption(node=N1, option=0, value=5) = 0
+keshSetPatternNodeOption(node=N1, option=1, value=0) = 0
+keshUpdatePatternNode(node=N1) = 0
+)" + argQueries("T2") + R"(keshCreateMem(player=P1, size=8, name="zeta") = M3
+keshMapMem(mem=M3) = mapped
+keshFlushMem(mem=M3) = 0
+keshSetPatternNodeArg(node=N2, index=0, mem=M3, size=8) = 0
+keshCreateMem(player=P1, size=8, name="alpha") = M4
+keshMapMem(mem=M4) = mapped
+keshSetPatternNodeArg(node=N2, index=1, mem=M4, size=8) = 0
+keshUpdatePatternNode(node=N2) = 0
+keshPlayPatternGraph(player=P1, graph=G1, flags=0, job=J1) = 0
+keshWaitPatternJob(job=J1) = 0
+)" + execInfo("N1") + execInfo("N2") + R"(keshUnmapMem(mem=M1) = 0
+keshInvalidateMem(mem=M2) = 0
+keshUnmapMem(mem=M2) = 0
+keshUnmapMem(mem=M3) = 0
+keshInvalidateMem(mem=M4) = 0
+keshUnmapMem(mem=M4) = 0
+keshDestroyMem(mem=M2) = 0
+keshDestroyMem(mem=M1) = 0
+keshDestroyPatternNode(node=N1) = 0
+keshDestroyMem(mem=M4) = 0
+keshDestroyMem(mem=M3) = 0
+keshDestroyPatternNode(node=N2) = 0
+keshDestroyPatternJob(job=J1) = 0
+keshDestroyPatternGraph(graph=G1) = 0
+keshDestroyPattern(pattern=T1) = 0
 keshDestroyPattern(pattern=T2) = 0
-keshDestroyPattern(pattern=T3) = 0
 keshDestroyPlayer(player=P1) = 0
 )");
 }

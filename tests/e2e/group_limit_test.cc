@@ -31,7 +31,8 @@ TEST_F(GroupLimitTest, TheSixtyFourthSetUpEndsTheProcessBeforeItsPlay) {
   writeText("endless.txt", "-f copy.bin -i in.bin -o out.bin -l -1\n");
   for (const char* sets : {"sets.txt", "endless.txt"}) {
     const PlayerRun result = run({"--command", sets});
-    EXPECT_TRUE(result.status == 1 && result.err == kLimitMessage) << sets << result.err;
+    EXPECT_EQ(result.status, 1) << sets;
+    EXPECT_EQ(result.err, kLimitMessage) << sets;
     EXPECT_EQ(countLines(result.out, "Running command: "), 64u) << sets;
     EXPECT_EQ(countLines(result.trace, "keshUpdatePatternNode("), 64u) << sets;
     EXPECT_EQ(countLines(result.trace, "keshPlayPatternGraph("), 63u) << sets;

@@ -1,32 +1,18 @@
 #include "player_test.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include <cstdio>
+#include <map>
+#include <regex>
 #include <sstream>
 
 #include "e2e_config.h"
-#include "sample_patterns.h"
+#include "testing/child_process.h"
+#include "testing/read_file.h"
+#include "testing/sample_patterns.h"
 
 namespace kesh::testing {
 namespace {
-
-std::string readWhole(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-
-std::string shellWord(const std::string& word) {
-  std::string out = "'";
-  for (char c : word) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return out + "'";
-}
 
 // `text` with the number after `then`, in each line that has `first` before it, replaced by "#".
 std::string maskNumbers(std::string text, const std::string& first, const std::string& then) {
@@ -55,26 +41,29 @@ size_t countLines(const std::string& text, const std::string& needle) {
   return static_cast<size_t>(std::count(lines.begin(), lines.end(), '\n'));
 }
 
-void PlayerTest::SetUp() {
-  dir_ = (std::filesystem::temp_directory_path() / "kesh_e2e_XXXXXX").string();
-  ASSERT_NE(mkdtemp(dir_.data()), nullptr);
-}
-
-void PlayerTest::TearDown() {
-  std::error_code ignored;
-  std::filesystem::remove_all(dir_, ignored);
+std::string numberHandlesPerKind(const std::string& trace) {
+  // A handle is a kind letter and a number, as a value: after "=", "= ", "[" or ", ".
+  static const std::regex handle(R"((= ?|\[|, )([PTGNMJ])(\d+)\b)");
+  std::map<std::string, std::string> renamed;
+  std::map<char, int> counts;
+  std::string out;
+  auto rest = trace.cbegin();
+  for (std::sregex_iterator it(trace.begin(), trace.end(), handle), end; it != end; ++it) {
+    const std::smatch& found = *it;
+    const std::string id = found[2].str() + found[3].str();
+    auto [entry, fresh] = renamed.try_emplace(id);
+    if (fresh) entry->second = found[2].str() + std::to_string(++counts[id[0]]);
+    out.append(rest, found[0].first).append(found[1].str()).append(entry->second);
+    rest = found[0].second;
+  }
+  return out.append(rest, trace.cend());
 }
 
 void PlayerTest::writeFile(const std::string& name, const std::vector<uint8_t>& bytes) {
-  std::filesystem::create_directories(std::filesystem::path(dir_ + "/" + name).parent_path());
-  std::ofstream file(dir_ + "/" + name, std::ios::binary);
-  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  ASSERT_TRUE(file.good()) << name;
+  scratch_.write(name, bytes);
 }
 
-void PlayerTest::writeText(const std::string& name, const std::string& text) {
-  writeFile(name, std::vector<uint8_t>(text.begin(), text.end()));
-}
+void PlayerTest::writeText(const std::string& name, const std::string& text) { scratch_.write(name, text); }
 
 void PlayerTest::writeCopyCase(uint32_t size, const std::vector<size_t>& flips, const std::string& golden) {
   std::vector<uint8_t> input(size);
@@ -86,19 +75,20 @@ void PlayerTest::writeCopyCase(uint32_t size, const std::vector<size_t>& flips, 
 }
 
 PlayerRun PlayerTest::run(const std::vector<std::string>& args, const std::string& failing) {
-  // Through the shell, which starts the launcher (if any) by name; the test's
-  // own library settings never leak into the tool.
-  std::string line = "cd " + shellWord(dir_) + " || exit 126; unset KESH_EMU_FAIL; KESH_EMU_TRACE=trace.log";
-  if (!failing.empty()) line += " KESH_EMU_FAIL=" + shellWord(failing);
-  for (const char* word : kLauncher) line += word != nullptr ? " " + shellWord(word) : "";
-  line += " " + shellWord(KESH_PLAYER_PATH);
-  for (const std::string& arg : args) line += " " + shellWord(arg);
-  line += " >stdout.log 2>stderr.log";
-  std::filesystem::remove(dir_ + "/trace.log");
-  const int status = std::system(line.c_str());
-  return {status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1,
-          maskNumbers(readWhole(dir_ + "/stdout.log"), " of sub-command ", ": "), readWhole(dir_ + "/stderr.log"),
-          maskNumbers(readWhole(dir_ + "/trace.log"), "kind=", "value=")};
+  ChildTask task;
+  for (const char* word : kLauncher) {
+    if (word != nullptr) task.argv.emplace_back(word);
+  }
+  task.argv.emplace_back(KESH_PLAYER_PATH);
+  task.argv.insert(task.argv.end(), args.begin(), args.end());
+  task.dir = dir_;
+  // The test's own library settings never leak into the tool.
+  task.env = {{"KESH_EMU_TRACE", "trace.log"}, {"KESH_EMU_FAIL", std::nullopt}};
+  if (!failing.empty()) task.env.emplace_back("KESH_EMU_FAIL", failing);
+  std::remove((dir_ + "/trace.log").c_str());
+  const ChildResult child = runChild(task);
+  return {child.signal != 0 ? 128 + child.signal : child.status, maskNumbers(child.out, " of sub-command ", ": "),
+          child.err, numberHandlesPerKind(maskNumbers(readFile(dir_ + "/trace.log"), "kind=", "value="))};
 }
 
 }  // namespace kesh::testing

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "testing/temp_dir.h"
+
 namespace kesh::testing {
 
 /// What one run of the tool left behind.
@@ -18,20 +20,21 @@ struct PlayerRun {
   int status = -1;    ///< exit status (128 + signal number when killed)
   std::string out;    ///< standard output, timing values masked as "#"
   std::string err;    ///< standard error
-  std::string trace;  ///< the library's call trace, timing values masked as "#"
+  std::string trace;  ///< the library's call trace, timing values masked as "#", handles numbered per kind
 };
 
 /// The lines of `text`, each with its line end, that contain any of `needles`.
 std::string linesWith(const std::string& text, const std::vector<std::string>& needles);
 /// How many lines of `text` contain `needle`.
 size_t countLines(const std::string& text, const std::string& needle);
+/// `trace` with each kind of handle numbered on its own, in order of first
+/// appearance (P1, P2, T1, M1, ...), so that one more handle of one kind does
+/// not renumber the others.
+std::string numberHandlesPerKind(const std::string& trace);
 
 /// A scratch folder per test and runs of the tool inside it.
 class PlayerTest : public ::testing::Test {
  protected:
-  void SetUp() override;
-  void TearDown() override;
-
   /// Writes `bytes` to the file `name` of the scratch folder, making its folder.
   void writeFile(const std::string& name, const std::vector<uint8_t>& bytes);
   /// Writes `text` to the file `name` of the scratch folder.
@@ -43,7 +46,8 @@ class PlayerTest : public ::testing::Test {
   /// KESH_EMU_FAIL value, "" for none.
   PlayerRun run(const std::vector<std::string>& args, const std::string& failing = "");
 
-  std::string dir_;  ///< the scratch folder
+  TempDir scratch_;                      ///< owns the scratch folder
+  const std::string dir_ = scratch_.path();  ///< the scratch folder
 };
 
 }  // namespace kesh::testing

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "player_test.h"
-#include "sample_patterns.h"
+#include "testing/sample_patterns.h"
 
 namespace kesh::testing {
 namespace {
@@ -70,6 +70,7 @@ TEST_F(RunDriverTest, FlippedGoldenBytesFailWithTheExactListing) {
 }
 
 struct Runs {
+  const char* name;
   Args args;
   std::string verdicts;  // the lines with "Test pattern"
   int status;
@@ -85,21 +86,23 @@ Args with(Args args, const Args& more) {
 }
 
 const Runs kRuns[] = {
-    {with(kPass, {"-l", "3"}),
+    {"ThreeRunsAllPass", with(kPass, {"-l", "3"}),
      "[1/3] Test pattern start...\n[1/3] Test pattern passed!!!\n[2/3] Test pattern start...\n"
      "[2/3] Test pattern passed!!!\n[3/3] Test pattern start...\n[3/3] Test pattern passed!!!\n",
      0, 3},
     // A failed run ends the loop, an endless one too.
-    {with(kFail, {"-l", "3"}), "[1/3] Test pattern start...\n[1/3] Test pattern failed!!!\n", 255, 1},
-    {with(kFail, {"-l", "-1"}), "[1] Test pattern start...\n[1] Test pattern failed!!!\n", 255, 1},
+    {"AFailureEndsTheLoop", with(kFail, {"-l", "3"}),
+     "[1/3] Test pattern start...\n[1/3] Test pattern failed!!!\n", 255, 1},
+    {"AFailureEndsAnEndlessLoop", with(kFail, {"-l", "-1"}),
+     "[1] Test pattern start...\n[1] Test pattern failed!!!\n", 255, 1},
     // No run due, help, or nothing to run: no player, and a good end.
-    {with(kFail, {"-l", "0"}), "", 0, 0},
-    {with(kFail, {"-h"}), "", 0, 0},
+    {"NoRunDue", with(kFail, {"-l", "0"}), "", 0, 0},
+    {"Help", with(kFail, {"-h"}), "", 0, 0},
     // Three groups; with --session_reused one player per run serves them all.
-    {{"--command", "groups.txt", "-l", "2", "--session_reused"},
+    {"ReusedSessionOnePlayerPerRun", {"--command", "groups.txt", "-l", "2", "--session_reused"},
      "[1/2] Test pattern start...\n[1/2] Test pattern passed!!!\n[2/2] Test pattern start...\n"
      "[2/2] Test pattern passed!!!\n", 0, 2},
-    {{"-l", "2"},
+    {"NothingToRun", {"-l", "2"},
      "[1/2] Test pattern start...\n[1/2] Test pattern passed!!!\n"
      "[2/2] Test pattern start...\n[2/2] Test pattern passed!!!\n", 0, 0},
 };
@@ -118,7 +121,8 @@ TEST_P(RunLoopTest, PrefixesVerdictsStatusAndPlayers) {
   EXPECT_EQ(result.err, "");
 }
 
-INSTANTIATE_TEST_SUITE_P(All, RunLoopTest, ::testing::ValuesIn(kRuns));
+INSTANTIATE_TEST_SUITE_P(All, RunLoopTest, ::testing::ValuesIn(kRuns),
+                         [](const ::testing::TestParamInfo<Runs>& row) { return std::string(row.param.name); });
 
 TEST_F(RunDriverTest, AFailingGroupDoesNotStopLaterGroupsAndSkippedSetsStillGetAPlayer) {
   writeCopyCase(16);  // a whole listing line, so the verdict starts its own line
@@ -140,17 +144,17 @@ TEST_F(RunDriverTest, AFailingGroupDoesNotStopLaterGroupsAndSkippedSetsStillGetA
             R"(keshCreatePlayer(name="KESH pattern tester") = P1
 keshDestroyPlayer(player=P1) = 0
 keshCreatePlayer(name="KESH pattern tester") = P2
-keshWaitPatternJob(job=J8) = 0
-keshWaitPatternJob(job=J14) = 0
-keshWaitPatternJob(job=J20) = 0
-keshDestroyPatternJob(job=J20) = 0
-keshDestroyPatternJob(job=J14) = 0
-keshDestroyPatternJob(job=J8) = 0
+keshWaitPatternJob(job=J1) = 0
+keshWaitPatternJob(job=J2) = 0
+keshWaitPatternJob(job=J3) = 0
+keshDestroyPatternJob(job=J3) = 0
+keshDestroyPatternJob(job=J2) = 0
+keshDestroyPatternJob(job=J1) = 0
 keshDestroyPlayer(player=P2) = 0
-keshCreatePlayer(name="KESH pattern tester") = P21
-keshWaitPatternJob(job=J27) = 0
-keshDestroyPatternJob(job=J27) = 0
-keshDestroyPlayer(player=P21) = 0
+keshCreatePlayer(name="KESH pattern tester") = P3
+keshWaitPatternJob(job=J4) = 0
+keshDestroyPatternJob(job=J4) = 0
+keshDestroyPlayer(player=P3) = 0
 )");
 }
 

@@ -3,9 +3,10 @@
 # a fresh temporary prefix:
 #   consumers  a C program links the host library through find_package and through
 #              pkg-config, and runs (creates a player and destroys it)
-#   player     the installed kesh_player runs a built-in case without LD_LIBRARY_PATH,
-#              with the installed library (the machine has no other), also after the
-#              tree is moved elsewhere
+#   player     the installed kesh_player starts without LD_LIBRARY_PATH, with the
+#              installed library (the machine has no other), also after the tree is
+#              moved elsewhere (the end-to-end tests play the cases; here the loader
+#              is what counts)
 #   manpages   every page renders without a warning, and every option of the
 #              tool's usage text is described in its page
 # Usage: install_test.sh MODE BUILD_DIR SOURCE_DIR CMAKE C_COMPILER [SKIP_REASON]
@@ -58,8 +59,7 @@ run_player() {
   local tree out
   for tree in "$prefix" "$work/moved"; do
     [ -d "$tree" ] || mv "$prefix" "$tree"
-    out=$("$tree/bin/kesh_player" -t 0 2>&1) || fail "$tree/bin/kesh_player -t 0 exits $?: $out"
-    [ "$(tail -n 1 <<<"$out")" = "Test pattern passed!!!" ] || { echo "$out" >&2; fail "$tree: -t 0 did not pass"; }
+    out=$("$tree/bin/kesh_player" -h 2>&1) || fail "$tree/bin/kesh_player -h exits $?: $out"
     # The player proper has no path of its own to the host library; its launcher
     # hands it the tree's when the system has none.
     if ldd "$tree/libexec/kesh_player/kesh_player" | grep -q 'libkesh_pattern_25.so => /'; then

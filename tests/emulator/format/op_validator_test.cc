@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "format/op_builder.h"
-#include "sample_patterns.h"
+#include "testing/sample_patterns.h"
 
 namespace kesh::format {
 namespace {

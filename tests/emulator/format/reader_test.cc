@@ -7,7 +7,7 @@
 #include "format/le_bytes.h"
 #include "format/writer.h"
 #include "format/op_table.h"
-#include "sample_patterns.h"
+#include "testing/sample_patterns.h"
 
 namespace kesh::format {
 namespace {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "format/op_builder.h"
-#include "sample_patterns.h"
+#include "testing/sample_patterns.h"
 
 namespace kesh::kernels {
 namespace {

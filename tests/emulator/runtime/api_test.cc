@@ -81,9 +81,9 @@ TEST_F(ApiTest, OptionsOutOfRangeFailTheSetter) {
   _pattern_node_handle* node = nullptr;
   _pattern_graph* graph = singleNodeGraph(player_, loadPattern(player_, copyPattern(16)), &node);
   const int cores = static_cast<int>(std::thread::hardware_concurrency());  // KESH_EMU_CORES is unset here
-  EXPECT_EQ(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_BOOST, 100) |
-                keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_CORE_AFFINITY, cores - 1) |
-                keshSetPatternGraphOption(graph, PATTERN_GRAPH_OPTION_SOFT_LIMIT, 0), 0);
+  EXPECT_EQ(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_BOOST, 100), 0);
+  EXPECT_EQ(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_CORE_AFFINITY, cores - 1), 0);
+  EXPECT_EQ(keshSetPatternGraphOption(graph, PATTERN_GRAPH_OPTION_SOFT_LIMIT, 0), 0);
   EXPECT_NE(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_BOOST, 101), 0);
   EXPECT_NE(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_CORE_AFFINITY, cores), 0);
   EXPECT_NE(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_CORE_AFFINITY, -2), 0);

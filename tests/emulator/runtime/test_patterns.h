@@ -4,8 +4,8 @@
 
 #include <vector>
 
-#include "pattern_calls.h"
-#include "sample_patterns.h"
+#include "testing/pattern_calls.h"
+#include "testing/sample_patterns.h"
 
 namespace kesh::runtime::testing {
 

@@ -3,56 +3,62 @@
 // environment is set before its first call. This process never calls the
 // library itself.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <fstream>
 #include <functional>
+#include <iostream>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "test_patterns.h"
+#include "testing/child_process.h"
+#include "testing/read_file.h"
+#include "testing/temp_dir.h"
 
 namespace kesh::runtime::testing {
 namespace {
 
-/// Runs `body` in a child with KESH_EMU_TRACE and KESH_EMU_FAIL set; the lines
-/// it traced, or a single "exit N" line if the body returned N != 0.
-std::vector<std::string> traceOfChild(const char* name, const char* fail, const std::function<int()>& body) {
-  const std::string path = ::testing::TempDir() + "kesh_trace_" + std::to_string(getpid()) + "_" + name;
-  std::remove(path.c_str());
-  const pid_t pid = fork();
-  if (pid == 0) {
-    setenv("KESH_EMU_TRACE", path.c_str(), 1);
-    setenv("KESH_EMU_FAIL", fail, 1);
-    _exit(body());
+/// What a child with KESH_EMU_TRACE and KESH_EMU_FAIL set printed and traced.
+struct Traced {
+  std::string out;                 ///< standard output, or how the child ended if not with status 0
+  std::vector<std::string> lines;  ///< the trace
+};
+
+Traced traceOfChild(const char* fail, const std::function<void()>& body) {
+  const kesh::testing::TempDir dir;
+  kesh::testing::ChildTask task;
+  task.body = [&] {
+    body();
+    return 0;
+  };
+  task.env = {{"KESH_EMU_TRACE", dir.path() + "/trace.log"}, {"KESH_EMU_FAIL", fail}};
+  const kesh::testing::ChildResult child = kesh::testing::runChild(task);
+  Traced traced{child.out, {}};
+  if (child.status != 0) {
+    traced.out = "status " + std::to_string(child.status) + " signal " + std::to_string(child.signal);
   }
-  int status = 0;
-  waitpid(pid, &status, 0);
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return {"exit " + std::to_string(status)};
-  std::ifstream in(path);
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
+  std::istringstream in(kesh::testing::readFile(dir.path() + "/trace.log"));
+  for (std::string line; std::getline(in, line);) traced.lines.push_back(line);
+  return traced;
 }
 
 // `@2` fails only the second call of its function, `@*` every call; a failed
 // call writes no output parameter. Unknown names and bad counts are ignored.
 TEST(TraceTest, TracesHandlesStringsOutputsAndInjectedFailures) {
-  const std::vector<std::string> lines = traceOfChild("calls", "keshCreateMem@2,keshAddPattern@*,bogus@1,keshMapMem@x", [] {
+  const Traced traced = traceOfChild("keshCreateMem@2,keshAddPattern@*,bogus@1,keshMapMem@x", [] {
     _kesh_player* player = keshCreatePlayer("KESH pattern tester");
     _pattern_graph* graph = keshCreatePatternGraph(player, "g");
     _pattern* pattern = loadPattern(player, copyPattern(16));
     _pattern_node_handle* node = nullptr;
-    const bool ok = keshAddPattern(graph, pattern, 0, 0, &node, nullptr) != 0 && node == nullptr &&
-                    keshAddPattern(graph, pattern, 0, 0, &node, "n") != 0 && keshCreateMem(player, 16, "a") != nullptr &&
-                    keshCreateMem(player, 16, "o\"ut\n") == nullptr && keshMapMem(keshCreateMem(player, 8, "c")) != nullptr;
-    return ok ? 0 : 1;
+    std::cout << keshAddPattern(graph, pattern, 0, 0, &node, nullptr) << (node == nullptr ? " null " : " set ");
+    std::cout << keshAddPattern(graph, pattern, 0, 0, &node, "n") << (keshCreateMem(player, 16, "a") ? " mem" : " null")
+              << (keshCreateMem(player, 16, "o\"ut\n") ? " mem" : " null")
+              << (keshMapMem(keshCreateMem(player, 8, "c")) ? " mapped" : " null");
   });
-  EXPECT_EQ(lines, (std::vector<std::string>{
+  EXPECT_EQ(traced.out, "-1 null -1 mem null mapped");
+  EXPECT_EQ(traced.lines, (std::vector<std::string>{
                        "keshCreatePlayer(name=\"KESH pattern tester\") = P1",
                        "keshCreatePatternGraph(player=P1, name=\"g\") = G2",
                        "keshCreatePattern(player=P1, size=192, name=\"tester_pattern\") = T3",
@@ -66,7 +72,7 @@ TEST(TraceTest, TracesHandlesStringsOutputsAndInjectedFailures) {
 }
 
 TEST(TraceTest, ConcurrentCallsNeverInterleaveLines) {
-  const std::vector<std::string> lines = traceOfChild("threads", "", [] {
+  const Traced traced = traceOfChild("", [] {
     std::vector<std::thread> threads(4);
     for (auto& thread : threads) {
       thread = std::thread([] {
@@ -74,11 +80,11 @@ TEST(TraceTest, ConcurrentCallsNeverInterleaveLines) {
       });
     }
     for (auto& thread : threads) thread.join();
-    return 0;
   });
   const std::regex line(R"(keshCreatePlayer\(name="x{300}"\) = P\d+|keshDestroyPlayer\(player=P\d+\) = 0)");
-  EXPECT_EQ(lines.size(), 800u);
-  for (const auto& text : lines) ASSERT_TRUE(std::regex_match(text, line)) << text;
+  EXPECT_EQ(traced.out, "");
+  EXPECT_EQ(traced.lines.size(), 800u);
+  for (const auto& text : traced.lines) ASSERT_TRUE(std::regex_match(text, line)) << text;
 }
 
 }  // namespace

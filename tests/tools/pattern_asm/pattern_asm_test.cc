@@ -12,7 +12,7 @@
 #include "format/writer.h"
 #include "pattern_asm/text_parser.h"
 #include "pattern_asm/text_printer.h"
-#include "sample_patterns.h"
+#include "testing/sample_patterns.h"
 
 namespace kesh::pattern_text {
 namespace {

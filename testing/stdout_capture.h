@@ -1,0 +1,17 @@
+// Capture of what code writes to std::cout. Redirects the process-wide stream
+// buffer, so only one thread may capture at a time.
+#ifndef KESH_TESTING_STDOUT_CAPTURE_H_
+#define KESH_TESTING_STDOUT_CAPTURE_H_
+
+#include <functional>
+#include <string>
+
+namespace kesh::testing {
+
+/// Runs `body` with std::cout redirected; returns what it wrote. The stream's
+/// format flags are left as `body` left them.
+std::string captureStdout(const std::function<void()>& body);
+
+}  // namespace kesh::testing
+
+#endif  // KESH_TESTING_STDOUT_CAPTURE_H_
