@@ -4,7 +4,6 @@
 
 #include "format/reader.h"
 #include "format/writer.h"
-#include "pattern_asm/arg_table.h"
 #include "pattern_asm/file_io.h"
 #include "pattern_asm/text_lexer.h"
 #include "pattern_asm/text_parser.h"

@@ -33,18 +33,18 @@ struct BoundArg {
 std::string parseRunRequest(const std::vector<std::string>& args, RunRequest* request) {
   for (size_t i = 1; i < args.size(); ++i) {
     const std::string& word = args[i];
-    const bool needsValue = word == "-i" || word == "-d";
-    if (needsValue && i + 1 >= args.size()) return word + " needs a value";
-    if (word == "-i") {
-      request->inputs.push_back(args[++i]);
-    } else if (word == "-d") {
-      request->outDir = args[++i];
-    } else if (word.size() > 1 && word[0] == '-') {
-      return "unknown option " + word;
-    } else if (!request->pattern.empty()) {
-      return "more than one pattern file";
-    } else {
+    if (word != "-i" && word != "-d") {
+      if (word.size() > 1 && word[0] == '-') return "unknown option " + word;
+      if (!request->pattern.empty()) return "more than one pattern file";
       request->pattern = word;
+      continue;
+    }
+    if (i + 1 == args.size()) return word + " needs a value";
+    const std::string& value = args[++i];
+    if (word == "-i") {
+      request->inputs.push_back(value);
+    } else {
+      request->outDir = value;
     }
   }
   return request->pattern.empty() ? "missing pattern file" : "";
