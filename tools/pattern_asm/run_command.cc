@@ -169,6 +169,8 @@ bool PatternRun::bindInputs(const std::vector<std::string>& paths) {
     arg.mem = keshCreateMem(player_, arg.size, arg.name.c_str());
     arg.addr = arg.mem ? keshMapMem(arg.mem) : nullptr;
     if (!arg.addr) return fail(arg.name + ": the pattern library cannot give its memory");
+    // Zeroed whatever the library gives, so that a golden never holds stale bytes.
+    std::memset(arg.addr, 0, arg.size);
     const auto input = inputs.find(arg.name);
     if (input != inputs.end()) std::memcpy(arg.addr, input->second.data(), input->second.size());
     if (keshFlushMem(arg.mem) != 0 || keshSetPatternNodeArg(node_, arg.index, arg.mem, arg.size) != 0) {
