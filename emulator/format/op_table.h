@@ -49,6 +49,7 @@ constexpr bool isBuffer(ParamKind kind) {
   return kind == ParamKind::kBuffer || kind == ParamKind::kOptionalBuffer;
 }
 
+/// The most named parameters a row can have.
 inline constexpr size_t kMaxNamedParams = 12;
 
 /// One row of the table.
@@ -62,22 +63,31 @@ struct OpSpec {
 
 namespace op_rows {
 
+/// A required buffer and its offset.
 constexpr ParamSpec buffer(const char* name) { return {name, ParamKind::kBuffer}; }
+/// A buffer that may be absent (kNoBuffer).
 constexpr ParamSpec optionalBuffer(const char* name) {
   return {name, ParamKind::kOptionalBuffer, Presence::kOptional};
 }
+/// A required unsigned number.
 constexpr ParamSpec u32(const char* name) { return {name, ParamKind::kU32}; }
+/// A required signed number.
 constexpr ParamSpec i32(const char* name) { return {name, ParamKind::kI32}; }
+/// A required unary function.
 constexpr ParamSpec unaryFunc(const char* name) { return {name, ParamKind::kUnaryFunc}; }
+/// A required binary function.
 constexpr ParamSpec binaryFunc(const char* name) { return {name, ParamKind::kBinaryFunc}; }
+/// A required element type.
 constexpr ParamSpec dtype(const char* name) { return {name, ParamKind::kDType}; }
+/// `param` made optional, defaulting to `defaultFrom`'s value or 0.
 constexpr ParamSpec optional(ParamSpec param, const char* defaultFrom = nullptr) {
   param.presence = Presence::kOptional;
   param.defaultFrom = defaultFrom;
   return param;
 }
 
-// Lays the parameters out one after the other: a buffer takes two words.
+/// The row of `opcode`, its parameters laid out one after the other (a
+/// buffer takes two words).
 template <size_t N>
 constexpr OpSpec row(Opcode opcode, const char* mnemonic, const ParamSpec (&params)[N]) {
   static_assert(N <= kMaxNamedParams, "raise kMaxNamedParams");
@@ -95,6 +105,7 @@ constexpr OpSpec row(Opcode opcode, const char* mnemonic, const ParamSpec (&para
 // Offsets are byte offsets into their buffer; counts are elements unless the
 // operations' documentation says bytes. Adding an operation is one row here
 // plus its kernel and its checks.
+/// Every operation, one row each.
 inline constexpr OpSpec kOpTable[] = {
     op_rows::row(Opcode::kFill, "fill", {op_rows::buffer("dst"), op_rows::u32("length"), op_rows::u32("value")}),
     op_rows::row(Opcode::kCopy, "copy", {op_rows::buffer("dst"), op_rows::buffer("src"), op_rows::u32("length")}),
@@ -160,18 +171,24 @@ void unknownOperationOrParameter();
 
 /// The table row of `opcode`; a build error for an opcode without a row.
 constexpr OpSpec rowOf(Opcode opcode) {
-  const OpSpec* spec = findOp(opcode);
-  if (!spec) unknownOperationOrParameter();
-  return *spec;
+  // By value and without pointer tests, which some compilers (sanitizing
+  // ones among them) do not evaluate at compile time.
+  for (const OpSpec& spec : kOpTable) {
+    if (spec.opcode == opcode) return spec;
+  }
+  unknownOperationOrParameter();
+  return {};
 }
 
 /// The first word of parameter `name` of `opcode`; a build error for an
 /// unknown name when evaluated at compile time.
 constexpr uint32_t paramPosition(Opcode opcode, std::string_view name) {
-  const OpSpec* spec = findOp(opcode);
-  const ParamSpec* param = spec ? findParam(*spec, name) : nullptr;
-  if (!param) unknownOperationOrParameter();
-  return param->position;
+  const OpSpec spec = rowOf(opcode);
+  for (size_t i = 0; i < spec.paramCount; ++i) {
+    if (name == spec.params[i].name) return spec.params[i].position;
+  }
+  unknownOperationOrParameter();
+  return kOpParamCount;
 }
 
 /// A buffer and a byte offset into it.

@@ -45,7 +45,7 @@ TEST(TraceTest, TracesHandlesStringsOutputsAndInjectedFailures) {
   const std::vector<std::string> lines = traceOfChild("calls", "keshCreateMem@2,keshAddPattern@*,bogus@1,keshMapMem@x", [] {
     _kesh_player* player = keshCreatePlayer("KESH pattern tester");
     _pattern_graph* graph = keshCreatePatternGraph(player, "g");
-    _pattern* pattern = loadPattern(player, copyPattern(16));
+    _pattern* pattern = loadPattern(player, copyPattern(16, 7, 3));
     _pattern_node_handle* node = nullptr;
     const bool ok = keshAddPattern(graph, pattern, 0, 0, &node, nullptr) != 0 && node == nullptr &&
                     keshAddPattern(graph, pattern, 0, 0, &node, "n") != 0 && keshCreateMem(player, 16, "a") != nullptr &&
