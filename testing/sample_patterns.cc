@@ -24,9 +24,9 @@ std::vector<uint8_t> encode(std::vector<format::ArgSpec> args, std::vector<Op> o
 }  // namespace
 
 std::vector<uint8_t> patternBinary(const std::vector<TestArg>& args, const std::vector<Op>& ops) {
-  std::vector<format::ArgSpec> specs;
-  for (const TestArg& arg : args) specs.push_back({arg.index, arg.size, arg.noAlloc, arg.name});
-  return encode(specs, ops);
+  std::vector<format::ArgSpec> entries;
+  for (const TestArg& arg : args) entries.push_back({arg.index, arg.size, arg.noAlloc, arg.name});
+  return encode(entries, ops);
 }
 
 uint32_t argRef(uint32_t position) { return format::bufferRef(format::Space::kArg, position); }

@@ -17,8 +17,8 @@ constexpr const char* kDTypeNames[] = {"u8", "i8", "i16", "i32"};
 }  // namespace
 
 const char* opcodeName(uint32_t value) {
-  const OpSpec* spec = findOp(static_cast<Opcode>(value));
-  return spec ? spec->mnemonic : nullptr;
+  const OpRow* row = findOp(static_cast<Opcode>(value));
+  return row ? row->mnemonic : nullptr;
 }
 
 const char* unaryFuncName(uint32_t value) { return lookup(kUnaryNames, value); }

@@ -28,9 +28,9 @@ class NamedParam {
   /// An element type.
   NamedParam(const char* name, DType dtype) : NamedParam(name, ParamKind::kDType, static_cast<uint32_t>(dtype)) {}
 
-  /// Stores the value into `op`'s words; ends the process when `spec` has no
+  /// Stores the value into `op`'s words; ends the process when `row` has no
   /// such parameter or it takes another kind of value (a bug in the caller).
-  void storeInto(const OpSpec& spec, Op* op) const;
+  void storeInto(const OpRow& row, Op* op) const;
 
  private:
   NamedParam(const char* name, ParamKind kind, uint32_t value) : name_(name), value_(value), enumKind_(kind) {}

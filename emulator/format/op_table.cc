@@ -24,23 +24,23 @@ bool kindMatches(ParamKind want, ParamKind given, bool givenBuffer) {
 
 void unknownOperationOrParameter() { badCall("unknown operation or parameter", "", nullptr); }
 
-void NamedParam::storeInto(const OpSpec& spec, Op* op) const {
-  const ParamSpec* param = findParam(spec, name_);
-  if (!param) badCall("no such parameter:", spec.mnemonic, name_);
-  if (!kindMatches(param->kind, enumKind_, isBuffer_)) badCall("wrong kind of value for", spec.mnemonic, name_);
+void NamedParam::storeInto(const OpRow& row, Op* op) const {
+  const ParamDef* param = findParam(row, name_);
+  if (!param) badCall("no such parameter:", row.mnemonic, name_);
+  if (!kindMatches(param->kind, enumKind_, isBuffer_)) badCall("wrong kind of value for", row.mnemonic, name_);
   op->p[param->position] = value_;
   if (isBuffer(param->kind)) op->p[param->position + 1] = offset_;
 }
 
 Op makeOp(Opcode opcode, std::initializer_list<NamedParam> params) {
-  const OpSpec* spec = findOp(opcode);
-  if (!spec) badCall("unknown opcode", "", nullptr);
+  const OpRow* row = findOp(opcode);
+  if (!row) badCall("unknown opcode", "", nullptr);
   Op op;
   op.opcode = opcode;
-  for (size_t i = 0; i < spec->paramCount; ++i) {
-    if (spec->params[i].kind == ParamKind::kOptionalBuffer) op.p[spec->params[i].position] = kNoBuffer;
+  for (size_t i = 0; i < row->paramCount; ++i) {
+    if (row->params[i].kind == ParamKind::kOptionalBuffer) op.p[row->params[i].position] = kNoBuffer;
   }
-  for (const NamedParam& param : params) param.storeInto(*spec, &op);
+  for (const NamedParam& param : params) param.storeInto(*row, &op);
   return op;
 }
 

@@ -36,7 +36,7 @@ enum class ParamKind : uint8_t {
 enum class Presence : uint8_t { kRequired, kOptional };
 
 /// One named parameter of an operation.
-struct ParamSpec {
+struct ParamDef {
   const char* name = "";                ///< lower-case key, unique within its operation
   ParamKind kind = ParamKind::kU32;     ///< what the word(s) hold
   Presence presence = Presence::kRequired;  ///< optional ones default as below
@@ -49,45 +49,55 @@ constexpr bool isBuffer(ParamKind kind) {
   return kind == ParamKind::kBuffer || kind == ParamKind::kOptionalBuffer;
 }
 
+/// The most named parameters a row can have.
 inline constexpr size_t kMaxNamedParams = 12;
 
 /// One row of the table.
-struct OpSpec {
+struct OpRow {
   Opcode opcode = Opcode::kFill;                    ///< encoded value
   const char* mnemonic = "";                        ///< text name ("conv2d")
   size_t paramCount = 0;                            ///< named parameters in use
-  std::array<ParamSpec, kMaxNamedParams> params{};  ///< in encoding order
+  std::array<ParamDef, kMaxNamedParams> params{};  ///< in encoding order
   uint32_t wordCount = 0;                           ///< words used; the rest must be 0
 };
 
 namespace op_rows {
 
-constexpr ParamSpec buffer(const char* name) { return {name, ParamKind::kBuffer}; }
-constexpr ParamSpec optionalBuffer(const char* name) {
+/// A required buffer and its offset.
+constexpr ParamDef buffer(const char* name) { return {name, ParamKind::kBuffer}; }
+/// A buffer that may be absent (kNoBuffer).
+constexpr ParamDef optionalBuffer(const char* name) {
   return {name, ParamKind::kOptionalBuffer, Presence::kOptional};
 }
-constexpr ParamSpec u32(const char* name) { return {name, ParamKind::kU32}; }
-constexpr ParamSpec i32(const char* name) { return {name, ParamKind::kI32}; }
-constexpr ParamSpec unaryFunc(const char* name) { return {name, ParamKind::kUnaryFunc}; }
-constexpr ParamSpec binaryFunc(const char* name) { return {name, ParamKind::kBinaryFunc}; }
-constexpr ParamSpec dtype(const char* name) { return {name, ParamKind::kDType}; }
-constexpr ParamSpec optional(ParamSpec param, const char* defaultFrom = nullptr) {
+/// A required unsigned number.
+constexpr ParamDef u32(const char* name) { return {name, ParamKind::kU32}; }
+/// A required signed number.
+constexpr ParamDef i32(const char* name) { return {name, ParamKind::kI32}; }
+/// A required unary function.
+constexpr ParamDef unaryFunc(const char* name) { return {name, ParamKind::kUnaryFunc}; }
+/// A required binary function.
+constexpr ParamDef binaryFunc(const char* name) { return {name, ParamKind::kBinaryFunc}; }
+/// A required element type.
+constexpr ParamDef dtype(const char* name) { return {name, ParamKind::kDType}; }
+/// `param` made optional, defaulting to `defaultFrom`'s value or 0.
+constexpr ParamDef optional(ParamDef param, const char* defaultFrom = nullptr) {
   param.presence = Presence::kOptional;
   param.defaultFrom = defaultFrom;
   return param;
 }
 
-// Lays the parameters out one after the other: a buffer takes two words.
+/// The row of `opcode`, its parameters laid out one after the other (a
+/// buffer takes two words).
 template <size_t N>
-constexpr OpSpec row(Opcode opcode, const char* mnemonic, const ParamSpec (&params)[N]) {
+constexpr OpRow row(Opcode opcode, const char* mnemonic, const ParamDef (&params)[N]) {
   static_assert(N <= kMaxNamedParams, "raise kMaxNamedParams");
-  OpSpec spec{opcode, mnemonic, N, {}, 0};
+  OpRow laidOut{opcode, mnemonic, N, {}, 0};
   for (size_t i = 0; i < N; ++i) {
-    spec.params[i] = params[i];
-    spec.params[i].position = spec.wordCount;
-    spec.wordCount += isBuffer(params[i].kind) ? 2 : 1;
+    laidOut.params[i] = params[i];
+    laidOut.params[i].position = laidOut.wordCount;
+    laidOut.wordCount += isBuffer(params[i].kind) ? 2 : 1;
   }
-  return spec;
+  return laidOut;
 }
 
 }  // namespace op_rows
@@ -95,7 +105,8 @@ constexpr OpSpec row(Opcode opcode, const char* mnemonic, const ParamSpec (&para
 // Offsets are byte offsets into their buffer; counts are elements unless the
 // operations' documentation says bytes. Adding an operation is one row here
 // plus its kernel and its checks.
-inline constexpr OpSpec kOpTable[] = {
+/// Every operation, one row each.
+inline constexpr OpRow kOpTable[] = {
     op_rows::row(Opcode::kFill, "fill", {op_rows::buffer("dst"), op_rows::u32("length"), op_rows::u32("value")}),
     op_rows::row(Opcode::kCopy, "copy", {op_rows::buffer("dst"), op_rows::buffer("src"), op_rows::u32("length")}),
     op_rows::row(Opcode::kCopy2D, "copy2d",
@@ -122,35 +133,35 @@ inline constexpr OpSpec kOpTable[] = {
 };
 
 /// The row of `opcode`, or nullptr for an unknown opcode.
-constexpr const OpSpec* findOp(Opcode opcode) {
-  for (const OpSpec& spec : kOpTable) {
-    if (spec.opcode == opcode) return &spec;
+constexpr const OpRow* findOp(Opcode opcode) {
+  for (const OpRow& row : kOpTable) {
+    if (row.opcode == opcode) return &row;
   }
   return nullptr;
 }
 
 /// The row whose mnemonic is `mnemonic`, or nullptr.
-constexpr const OpSpec* findOp(std::string_view mnemonic) {
-  for (const OpSpec& spec : kOpTable) {
-    if (mnemonic == spec.mnemonic) return &spec;
+constexpr const OpRow* findOp(std::string_view mnemonic) {
+  for (const OpRow& row : kOpTable) {
+    if (mnemonic == row.mnemonic) return &row;
   }
   return nullptr;
 }
 
-/// The parameter called `name` of `spec`, or nullptr.
-constexpr const ParamSpec* findParam(const OpSpec& spec, std::string_view name) {
-  for (size_t i = 0; i < spec.paramCount; ++i) {
-    if (name == spec.params[i].name) return &spec.params[i];
+/// The parameter called `name` of `row`, or nullptr.
+constexpr const ParamDef* findParam(const OpRow& row, std::string_view name) {
+  for (size_t i = 0; i < row.paramCount; ++i) {
+    if (name == row.params[i].name) return &row.params[i];
   }
   return nullptr;
 }
 
 /// The value an optional parameter takes when pattern text leaves it out,
 /// given the words filled so far.
-constexpr uint32_t paramDefault(const OpSpec& spec, const ParamSpec& param,
+constexpr uint32_t paramDefault(const OpRow& row, const ParamDef& param,
                                 const std::array<uint32_t, kOpParamCount>& words) {
   if (param.kind == ParamKind::kOptionalBuffer) return kNoBuffer;
-  const ParamSpec* from = param.defaultFrom ? findParam(spec, param.defaultFrom) : nullptr;
+  const ParamDef* from = param.defaultFrom ? findParam(row, param.defaultFrom) : nullptr;
   return from ? words[from->position] : 0u;
 }
 
@@ -159,19 +170,25 @@ constexpr uint32_t paramDefault(const OpSpec& spec, const ParamSpec& param,
 void unknownOperationOrParameter();
 
 /// The table row of `opcode`; a build error for an opcode without a row.
-constexpr OpSpec rowOf(Opcode opcode) {
-  const OpSpec* spec = findOp(opcode);
-  if (!spec) unknownOperationOrParameter();
-  return *spec;
+constexpr OpRow rowOf(Opcode opcode) {
+  // By value and without pointer tests, which some compilers (sanitizing
+  // ones among them) do not evaluate at compile time.
+  for (const OpRow& row : kOpTable) {
+    if (row.opcode == opcode) return row;
+  }
+  unknownOperationOrParameter();
+  return {};
 }
 
 /// The first word of parameter `name` of `opcode`; a build error for an
 /// unknown name when evaluated at compile time.
 constexpr uint32_t paramPosition(Opcode opcode, std::string_view name) {
-  const OpSpec* spec = findOp(opcode);
-  const ParamSpec* param = spec ? findParam(*spec, name) : nullptr;
-  if (!param) unknownOperationOrParameter();
-  return param->position;
+  const OpRow row = rowOf(opcode);
+  for (size_t i = 0; i < row.paramCount; ++i) {
+    if (name == row.params[i].name) return row.params[i].position;
+  }
+  unknownOperationOrParameter();
+  return kOpParamCount;
 }
 
 /// A buffer and a byte offset into it.
@@ -191,13 +208,13 @@ template <Opcode kOp>
 class OpParams {
  public:
   /// The table row of kOp.
-  static constexpr OpSpec kSpec = rowOf(kOp);
+  static constexpr OpRow kRow = rowOf(kOp);
 
   /// Index of parameter `name` in the row; use it as a template argument so
   /// that an unknown name is a build error.
   static constexpr size_t at(std::string_view name) {
-    for (size_t i = 0; i < kSpec.paramCount; ++i) {
-      if (name == kSpec.params[i].name) return i;
+    for (size_t i = 0; i < kRow.paramCount; ++i) {
+      if (name == kRow.params[i].name) return i;
     }
     unknownOperationOrParameter();
     return kMaxNamedParams;
@@ -209,25 +226,25 @@ class OpParams {
   /// An unsigned number parameter.
   template <size_t kI>
   uint32_t u32() const {
-    static_assert(kSpec.params[kI].kind == ParamKind::kU32, "not an unsigned parameter");
+    static_assert(kRow.params[kI].kind == ParamKind::kU32, "not an unsigned parameter");
     return word<kI>();
   }
   /// A signed number parameter.
   template <size_t kI>
   int32_t i32() const {
-    static_assert(kSpec.params[kI].kind == ParamKind::kI32, "not a signed parameter");
+    static_assert(kRow.params[kI].kind == ParamKind::kI32, "not a signed parameter");
     return static_cast<int32_t>(word<kI>());
   }
   /// A buffer parameter (ref is kNoBuffer for an absent optional one).
   template <size_t kI>
   BufferAt buffer() const {
-    static_assert(isBuffer(kSpec.params[kI].kind), "not a buffer parameter");
-    return {word<kI>(), words_[kSpec.params[kI].position + 1]};
+    static_assert(isBuffer(kRow.params[kI].kind), "not a buffer parameter");
+    return {word<kI>(), words_[kRow.params[kI].position + 1]};
   }
   /// A function or element-type parameter, as encoded (it may be unknown).
   template <size_t kI>
   uint32_t code() const {
-    constexpr ParamKind kind = kSpec.params[kI].kind;
+    constexpr ParamKind kind = kRow.params[kI].kind;
     static_assert(kind == ParamKind::kUnaryFunc || kind == ParamKind::kBinaryFunc || kind == ParamKind::kDType,
                   "not a function or element type parameter");
     return word<kI>();
@@ -236,8 +253,8 @@ class OpParams {
  private:
   template <size_t kI>
   uint32_t word() const {
-    static_assert(kI < kSpec.paramCount, "no such parameter");
-    return words_[kSpec.params[kI].position];
+    static_assert(kI < kRow.paramCount, "no such parameter");
+    return words_[kRow.params[kI].position];
   }
 
   const std::array<uint32_t, kOpParamCount>& words_;

@@ -140,36 +140,40 @@ void runCopy2D(const Op& op, Buffers& buf) {
   copy2d(buf.write(p.buffer<P::at("dst")>(), dstStride, rows, width), dstStride, src, srcStride, width, rows);
 }
 
-// The byte length of `count` elements of `dtype`.
-uint64_t elementBytes(uint32_t count, uint32_t dtype) {
+// The element count and type of an element-wise operation, and their bytes.
+struct Elements {
+  uint32_t count;
+  format::DType type;
+  uint64_t bytes;
+};
+
+template <Opcode kOp>
+Elements elementsOf(const OpParams<kOp>& p) {
+  using P = OpParams<kOp>;
+  const uint32_t count = p.template u32<P::at("count")>(), dtype = p.template code<P::at("type")>();
   const uint32_t size = format::elementSize(dtype);
   if (size == 0) invalidProgram("unknown element type");
-  return uint64_t{count} * size;
+  return {count, static_cast<format::DType>(dtype), uint64_t{count} * size};
 }
 
 void runUnary(const Op& op, Buffers& buf) {
   using P = OpParams<Opcode::kUnary>;
   const P p(op);
-  const uint32_t count = p.u32<P::at("count")>(), dtype = p.code<P::at("type")>();
-  const uint64_t bytes = elementBytes(count, dtype);
-  const uint8_t* src = buf.read(p.buffer<P::at("src")>(), bytes);
-  uint8_t* dst = buf.write(p.buffer<P::at("dst")>(), bytes);
-  if (!unary(static_cast<format::UnaryFunc>(p.code<P::at("func")>()), static_cast<format::DType>(dtype), dst, src,
-             count, p.i32<P::at("imm")>())) {
-    invalidProgram("unknown unary function");
-  }
+  const Elements e = elementsOf(p);
+  uint8_t* dst = buf.write(p.buffer<P::at("dst")>(), e.bytes);
+  const uint8_t* src = buf.read(p.buffer<P::at("src")>(), e.bytes);
+  const auto func = static_cast<format::UnaryFunc>(p.code<P::at("func")>());
+  if (!unary(func, e.type, dst, src, e.count, p.i32<P::at("imm")>())) invalidProgram("unknown unary function");
 }
 
 void runBinary(const Op& op, Buffers& buf) {
   using P = OpParams<Opcode::kBinary>;
   const P p(op);
-  const uint32_t count = p.u32<P::at("count")>(), dtype = p.code<P::at("type")>();
-  const uint64_t bytes = elementBytes(count, dtype);
-  const uint8_t* a = buf.read(p.buffer<P::at("a")>(), bytes);
-  const uint8_t* b = buf.read(p.buffer<P::at("b")>(), bytes);
-  uint8_t* dst = buf.write(p.buffer<P::at("dst")>(), bytes);
-  if (!binary(static_cast<format::BinaryFunc>(p.code<P::at("func")>()), static_cast<format::DType>(dtype), dst, a,
-              b, count)) {
+  const Elements e = elementsOf(p);
+  const uint8_t* a = buf.read(p.buffer<P::at("a")>(), e.bytes);
+  const uint8_t* b = buf.read(p.buffer<P::at("b")>(), e.bytes);
+  uint8_t* dst = buf.write(p.buffer<P::at("dst")>(), e.bytes);
+  if (!binary(static_cast<format::BinaryFunc>(p.code<P::at("func")>()), e.type, dst, a, b, e.count)) {
     invalidProgram("unknown binary function");
   }
 }
@@ -191,11 +195,11 @@ void runConv2D(const Op& op, Buffers& buf) {
   c.height = p.u32<P::at("height")>();
   c.rowBegin = p.u32<P::at("row_begin")>();
   c.rowEnd = p.u32<P::at("row_end")>();
+  if (c.rowBegin > c.rowEnd || c.rowEnd > c.height) invalidProgram("conv2d rows outside the plane");
+  if (c.rowBegin == c.rowEnd) return;
   c.k = p.u32<P::at("k")>();
   c.shift = p.u32<P::at("shift")>();
   c.bias = p.i32<P::at("bias")>();
-  if (c.rowBegin > c.rowEnd || c.rowEnd > c.height) invalidProgram("conv2d rows outside the plane");
-  if (c.rowBegin == c.rowEnd) return;
   c.srcStride = p.u32<P::at("src_stride")>();
   c.src = buf.read(p.buffer<P::at("src")>(), c.srcStride, c.height, c.width);
   c.dstStride = p.u32<P::at("dst_stride")>();
@@ -211,19 +215,19 @@ void runConv2D(const Op& op, Buffers& buf) {
 void runMatMul(const Op& op, Buffers& buf) {
   using P = OpParams<Opcode::kMatMul>;
   const P p(op);
+  const BufferAt bias = p.buffer<P::at("bias")>();
   MatMulParams m;
   m.m = p.u32<P::at("m")>();
   m.k = p.u32<P::at("k")>();
   m.n = p.u32<P::at("n")>();
+  m.a = buf.read(p.buffer<P::at("a")>(), m.k, m.m, m.k);
+  m.b = buf.read(p.buffer<P::at("b")>(), m.n, m.k, m.n);
+  if (bias.ref != format::kNoBuffer) m.bias = buf.read(bias, uint64_t{m.n} * 4);
+  m.dst = buf.write(p.buffer<P::at("dst")>(), m.n, m.m, m.n);
   m.multiplier = p.i32<P::at("multiplier")>();
   m.shift = p.u32<P::at("shift")>();
   m.zeroPoint = p.i32<P::at("zero_point")>();
   m.outType = static_cast<format::DType>(p.code<P::at("out")>());
-  m.a = buf.read(p.buffer<P::at("a")>(), m.k, m.m, m.k);
-  m.b = buf.read(p.buffer<P::at("b")>(), m.n, m.k, m.n);
-  const BufferAt bias = p.buffer<P::at("bias")>();
-  if (bias.ref != format::kNoBuffer) m.bias = buf.read(bias, uint64_t{m.n} * 4);
-  m.dst = buf.write(p.buffer<P::at("dst")>(), m.n, m.m, m.n);
   if (!matmul(m)) invalidProgram("matmul output type");
 }
 

@@ -9,10 +9,6 @@
 namespace kesh::gencases {
 namespace {
 
-using format::BinaryFunc;
-using format::DType;
-using format::Program;
-
 constexpr uint32_t kWidth = 1920;
 constexpr uint32_t kHeight = 1080;
 constexpr uint32_t kPlane = kWidth * kHeight;

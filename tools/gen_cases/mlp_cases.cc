@@ -9,10 +9,6 @@
 namespace kesh::gencases {
 namespace {
 
-using format::DType;
-using format::Program;
-using format::UnaryFunc;
-
 constexpr uint32_t kRows = 16;
 constexpr uint32_t kInputs = 256;
 constexpr uint32_t kHidden = 204;

@@ -11,6 +11,12 @@
 
 namespace kesh::gencases {
 
+// The format's vocabulary, as every case spells its program with it.
+using format::BinaryFunc;
+using format::DType;
+using format::Program;
+using format::UnaryFunc;
+
 /// Buffer reference of the argument at table position `position`.
 uint32_t argBuffer(uint32_t position);
 /// Buffer reference of internal buffer `number`.

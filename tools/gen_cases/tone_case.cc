@@ -9,11 +9,6 @@
 namespace kesh::gencases {
 namespace {
 
-using format::BinaryFunc;
-using format::DType;
-using format::Program;
-using format::UnaryFunc;
-
 constexpr uint32_t kWidth = 107;
 constexpr uint32_t kHeight = 35;
 constexpr uint32_t kPixels = kWidth * kHeight;

@@ -1,4 +1,4 @@
-#include "pattern_asm/arg_table.h"
+#include "pattern_asm/text_printer.h"
 
 #include <array>
 #include <vector>

@@ -1,12 +1,10 @@
 #include "pattern_asm/asm_cli.h"
 
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "format/reader.h"
 #include "format/writer.h"
-#include "pattern_asm/arg_table.h"
+#include "pattern_asm/file_io.h"
 #include "pattern_asm/text_lexer.h"
 #include "pattern_asm/text_parser.h"
 #include "pattern_asm/text_printer.h"
@@ -18,7 +16,8 @@ constexpr const char* kTool = "kesh_pattern_asm";
 constexpr const char* kUsage =
     "usage: kesh_pattern_asm assemble IN.kasm -o OUT.bin [--pad N]\n"
     "       kesh_pattern_asm disassemble IN.bin [-o OUT.kasm]\n"
-    "       kesh_pattern_asm args IN.bin\n";
+    "       kesh_pattern_asm args IN.bin\n"
+    "       kesh_pattern_asm run IN.bin [-i FILE]... [-d OUTDIR]\n";
 
 // The parsed command line of one sub-command.
 struct Request {
@@ -27,19 +26,6 @@ struct Request {
   std::string output;
   uint32_t padTo = 0;
 };
-
-bool readFile(const std::string& path, std::string* content) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return false;
-  content->assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-  return !file.bad();
-}
-
-bool writeFile(const std::string& path, const char* data, size_t size) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file.write(data, static_cast<std::streamsize>(size));
-  return static_cast<bool>(file.flush());
-}
 
 // Fills *request from the words after the sub-command; returns an error text or "".
 std::string parseRequest(const std::vector<std::string>& args, Request* request) {

@@ -46,7 +46,7 @@ class Parser {
   bool parseConst(const Tokens& tokens);
   bool appendConst(const std::string& type, const Tokens& values);
   bool parseOp(const PendingOp& pending, format::Op* op);
-  bool parseField(const format::ParamSpec& field, const std::string& value, format::Op* op);
+  bool parseField(const format::ParamDef& field, const std::string& value, format::Op* op);
   bool parseBuffer(const std::string& text, bool optional, uint32_t* ref, uint32_t* offset);
   bool parseBufferId(const std::string& text, size_t* pos, uint32_t* ref, uint64_t* base);
   bool parseNumber(const std::string& text, int64_t min, int64_t max, const char* what, int64_t* value);
@@ -233,7 +233,7 @@ bool Parser::appendConst(const std::string& type, const Tokens& values) {
 }
 
 bool Parser::parseOp(const PendingOp& pending, format::Op* op) {
-  const format::OpSpec& syntax = *format::findOp(pending.tokens[0]);
+  const format::OpRow& syntax = *format::findOp(pending.tokens[0]);
   op->opcode = syntax.opcode;
   op->p.fill(0);
   std::set<std::string> seen;
@@ -242,13 +242,13 @@ bool Parser::parseOp(const PendingOp& pending, format::Op* op) {
     if (!splitKeyValue(pending.tokens[i], &key, &value)) {
       return fail("expected key=value, got \"" + pending.tokens[i] + "\"");
     }
-    const format::ParamSpec* field = format::findParam(syntax, key);
+    const format::ParamDef* field = format::findParam(syntax, key);
     if (!field) return fail("unknown key \"" + key + "\" for " + syntax.mnemonic);
     if (!seen.insert(key).second) return fail("duplicate key \"" + key + "\"");
     if (!parseField(*field, value, op)) return false;
   }
   for (size_t i = 0; i < syntax.paramCount; ++i) {
-    const format::ParamSpec& field = syntax.params[i];
+    const format::ParamDef& field = syntax.params[i];
     if (seen.count(field.name)) continue;
     if (field.presence == format::Presence::kRequired) {
       return fail(std::string("missing ") + field.name + "= for " + syntax.mnemonic);
@@ -258,7 +258,7 @@ bool Parser::parseOp(const PendingOp& pending, format::Op* op) {
   return true;
 }
 
-bool Parser::parseField(const format::ParamSpec& field, const std::string& value, format::Op* op) {
+bool Parser::parseField(const format::ParamDef& field, const std::string& value, format::Op* op) {
   uint32_t& param = op->p[field.position];
   int64_t number = 0;
   switch (field.kind) {

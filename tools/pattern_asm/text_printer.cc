@@ -33,7 +33,7 @@ std::string bufferText(const Program& program, uint32_t ref, uint32_t offset) {
 
 const char* nameOrUnknown(const char* name) { return name ? name : "?"; }
 
-std::string fieldText(const Program& program, const format::Op& op, const format::ParamSpec& field) {
+std::string fieldText(const Program& program, const format::Op& op, const format::ParamDef& field) {
   const uint32_t value = op.p[field.position];
   switch (field.kind) {
     case format::ParamKind::kBuffer:
@@ -48,20 +48,20 @@ std::string fieldText(const Program& program, const format::Op& op, const format
   return "?";
 }
 
-bool isDefault(const format::OpSpec& spec, const format::Op& op, const format::ParamSpec& field) {
-  if (field.presence == format::Presence::kRequired || op.p[field.position] != format::paramDefault(spec, field, op.p)) {
+bool isDefault(const format::OpRow& row, const format::Op& op, const format::ParamDef& field) {
+  if (field.presence == format::Presence::kRequired || op.p[field.position] != format::paramDefault(row, field, op.p)) {
     return false;
   }
   return !format::isBuffer(field.kind) || op.p[field.position + 1] == 0;
 }
 
 std::string opText(const Program& program, const format::Op& op) {
-  const format::OpSpec* spec = format::findOp(op.opcode);
-  if (!spec) return "# unknown opcode " + std::to_string(static_cast<uint32_t>(op.opcode)) + "\n";
-  std::string line = spec->mnemonic;
-  for (size_t i = 0; i < spec->paramCount; ++i) {
-    const format::ParamSpec& field = spec->params[i];
-    if (!isDefault(*spec, op, field)) line += std::string(" ") + field.name + "=" + fieldText(program, op, field);
+  const format::OpRow* row = format::findOp(op.opcode);
+  if (!row) return "# unknown opcode " + std::to_string(static_cast<uint32_t>(op.opcode)) + "\n";
+  std::string line = row->mnemonic;
+  for (size_t i = 0; i < row->paramCount; ++i) {
+    const format::ParamDef& field = row->params[i];
+    if (!isDefault(*row, op, field)) line += std::string(" ") + field.name + "=" + fieldText(program, op, field);
   }
   return line + "\n";
 }

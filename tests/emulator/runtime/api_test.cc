@@ -32,7 +32,7 @@ TEST_F(ApiTest, ArgumentInfoWritesWholeValuesOrNothing) {
 
 TEST_F(ApiTest, NullForeignMistypedOrDestroyedHandlesFail) {
   _pattern_node_handle* node = nullptr;
-  _pattern_graph* graph = singleNodeGraph(player_, loadPattern(player_, copyPattern(16)), &node);
+  _pattern_graph* graph = singleNodeGraph(player_, loadPattern(player_, copyPattern(16, 7, 3)), &node);
   int64_t value = 0;
   uint32_t size = 0;
   EXPECT_EQ(keshCreatePattern(player_, nullptr, 64, "p"), nullptr);
@@ -51,7 +51,7 @@ TEST_F(ApiTest, NullForeignMistypedOrDestroyedHandlesFail) {
 }
 
 TEST_F(ApiTest, GraphsFollowTheBuildOrder) {
-  _pattern* pattern = loadPattern(player_, copyPattern(16));
+  _pattern* pattern = loadPattern(player_, copyPattern(16, 7, 3));
   _pattern_graph* graph = keshCreatePatternGraph(player_, "tester_graph");
   _pattern_node_handle *node = nullptr, *late = nullptr;
   ASSERT_EQ(keshAddPattern(graph, pattern, 0, 0, &node, "n"), 0);
@@ -79,7 +79,7 @@ TEST_F(ApiTest, GraphsFollowTheBuildOrder) {
 
 TEST_F(ApiTest, OptionsOutOfRangeFailTheSetter) {
   _pattern_node_handle* node = nullptr;
-  _pattern_graph* graph = singleNodeGraph(player_, loadPattern(player_, copyPattern(16)), &node);
+  _pattern_graph* graph = singleNodeGraph(player_, loadPattern(player_, copyPattern(16, 7, 3)), &node);
   const int cores = static_cast<int>(std::thread::hardware_concurrency());  // KESH_EMU_CORES is unset here
   EXPECT_EQ(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_BOOST, 100), 0);
   EXPECT_EQ(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_CORE_AFFINITY, cores - 1), 0);

@@ -12,7 +12,7 @@ namespace {
 TEST(JobsInFlightTest, SeventyJobsStartedBeforeTheFirstWaitAllComplete) {
   constexpr uint32_t kSize = 4096;
   _kesh_player* player = keshCreatePlayer("KESH pattern tester");
-  _pattern* pattern = loadPattern(player, copyPattern(kSize));
+  _pattern* pattern = loadPattern(player, copyPattern(kSize, 7, 3));
   std::vector<_pattern_job*> jobs(70);
   std::vector<_kesh_mem*> outs(jobs.size());
   for (size_t i = 0; i < jobs.size(); ++i) {

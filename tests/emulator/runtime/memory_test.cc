@@ -28,7 +28,7 @@ Bytes hostBytes(_kesh_mem* mem) {
 class MemoryTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_NE(graph_ = singleNodeGraph(player_, loadPattern(player_, copyPattern(kSize)), &node_), nullptr);
+    ASSERT_NE(graph_ = singleNodeGraph(player_, loadPattern(player_, copyPattern(kSize, 7, 3)), &node_), nullptr);
     ASSERT_NE(inHost_ = static_cast<uint8_t*>(keshMapMem(in_)), nullptr);
     ASSERT_NE(keshMapMem(out_), nullptr);  // invalidate needs a mapping
     ASSERT_EQ(keshSetPatternNodeArg(node_, 7, in_, kSize) | keshSetPatternNodeArg(node_, 3, out_, kSize) |

@@ -12,14 +12,12 @@ namespace kesh::runtime::testing {
 using ::kesh::testing::bindFilled;
 using ::kesh::testing::buildGraph;
 using ::kesh::testing::convPattern;
+using ::kesh::testing::copyPattern;
 using ::kesh::testing::execInfo;
 using ::kesh::testing::loadPattern;
 using ::kesh::testing::playAndWait;
 using ::kesh::testing::scratchPattern;
 using ::kesh::testing::singleNodeGraph;
-
-/// The copy pattern with the indices these tests bind: "in" 7, "out" 3.
-inline std::vector<uint8_t> copyPattern(uint32_t size) { return ::kesh::testing::copyPattern(size, 7, 3); }
 
 }  // namespace kesh::runtime::testing
 

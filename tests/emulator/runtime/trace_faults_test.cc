@@ -50,7 +50,7 @@ TEST(TraceTest, TracesHandlesStringsOutputsAndInjectedFailures) {
   const Traced traced = traceOfChild("keshCreateMem@2,keshAddPattern@*,bogus@1,keshMapMem@x", [] {
     _kesh_player* player = keshCreatePlayer("KESH pattern tester");
     _pattern_graph* graph = keshCreatePatternGraph(player, "g");
-    _pattern* pattern = loadPattern(player, copyPattern(16));
+    _pattern* pattern = loadPattern(player, copyPattern(16, 7, 3));
     _pattern_node_handle* node = nullptr;
     std::cout << keshAddPattern(graph, pattern, 0, 0, &node, nullptr) << (node == nullptr ? " null " : " set ");
     std::cout << keshAddPattern(graph, pattern, 0, 0, &node, "n") << (keshCreateMem(player, 16, "a") ? " mem" : " null")

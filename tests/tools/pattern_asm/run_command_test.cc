@@ -1,0 +1,90 @@
+#include "pattern_asm/run_command.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace kesh::pattern_text {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string contentOf(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+// A fresh folder per test, named after it.
+fs::path freshDir(const std::string& name) {
+  const fs::path dir = fs::path(::testing::TempDir()) / ("kesh_run_" + name);
+  fs::remove_all(dir);
+  fs::create_directories(dir / "out");
+  return dir;
+}
+
+// Running a built-in case's pattern on its inputs (renamed to NAME.bin, as
+// kesh_player users name them) reproduces every golden of the case.
+class RunBuiltInCaseTest : public ::testing::TestWithParam<int> {};
+
+TEST_P(RunBuiltInCaseTest, ReproducesTheGoldensByteForByte) {
+  const std::string prefix = "case" + std::to_string(GetParam()) + "_";
+  const fs::path dir = freshDir(prefix + "goldens");
+  std::vector<std::string> args = {"run", std::string(KESH_DEFAULT_CASES_DIR) + "/" + prefix + "pattern.bin",
+                                   "-d", (dir / "out").string()};
+  std::vector<std::pair<fs::path, std::string>> goldens;  // golden file, argument name
+  for (const fs::directory_entry& entry : fs::directory_iterator(KESH_DEFAULT_CASES_DIR)) {
+    const std::string file = entry.path().filename().string();
+    if (file.rfind(prefix + "in_", 0) == 0) {
+      const fs::path input = dir / file.substr(prefix.size() + 3);
+      fs::copy_file(entry.path(), input);
+      args.insert(args.end(), {"-i", input.string()});
+    } else if (file.rfind(prefix + "golden_", 0) == 0) {
+      goldens.emplace_back(entry.path(), file.substr(prefix.size() + 7));
+    }
+  }
+  ASSERT_FALSE(goldens.empty());
+  std::ostringstream err;
+  ASSERT_EQ(runPatternCommand(args, err), 0) << err.str();
+  for (const auto& [golden, name] : goldens) {
+    EXPECT_TRUE(contentOf(dir / "out" / name) == contentOf(golden)) << name << " differs from " << golden;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(BuiltInCases, RunBuiltInCaseTest, ::testing::Range(0, 6),
+                         [](const ::testing::TestParamInfo<int>& param) { return "case" + std::to_string(param.param); });
+
+// Mistakes that would make a wrong golden are refused with one line naming
+// the file.
+TEST(RunCommandTest, RefusesInputsThatBindToNothingOrDoNotFit) {
+  const fs::path dir = freshDir("refusals");
+  const std::string pattern = std::string(KESH_DEFAULT_CASES_DIR) + "/case4_pattern.bin";
+  std::ofstream(dir / "GI_65540.bin", std::ios::binary) << std::string(1 << 20, 'x');
+  std::ofstream(dir / "unrelated.bin", std::ios::binary) << "x";
+  const struct {
+    std::vector<std::string> args;
+    std::string error;
+  } cases[] = {
+      {{"run"}, "kesh_pattern_asm: missing pattern file (see --help)\n"},
+      {{"run", pattern, "-x"}, "kesh_pattern_asm: unknown option -x (see --help)\n"},
+      {{"run", (dir / "none.bin").string()}, (dir / "none.bin").string() + ": cannot read file\n"},
+      {{"run", (dir / "unrelated.bin").string()}, (dir / "unrelated.bin").string() +
+                                                      ": the pattern library refuses this pattern\n"},
+      {{"run", pattern, "-i", (dir / "unrelated.bin").string()},
+       (dir / "unrelated.bin").string() + ": names no argument of " + pattern + " (it binds to \"unrelated\")\n"},
+      {{"run", pattern, "-i", (dir / "GI_65540.bin").string()},
+       (dir / "GI_65540.bin").string() + ": 1048576 bytes, more than the "},
+  };
+  for (const auto& c : cases) {
+    std::ostringstream err;
+    EXPECT_EQ(runPatternCommand(c.args, err), 1) << ::testing::PrintToString(c.args);
+    EXPECT_EQ(err.str().substr(0, c.error.size()), c.error) << ::testing::PrintToString(c.args);
+  }
+}
+
+}  // namespace
+}  // namespace kesh::pattern_text
