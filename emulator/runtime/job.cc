@@ -140,8 +140,9 @@ bool Job::execInfo(HandleId nodeId, uint32_t kind, int64_t* value) const {
 
 std::string Job::outcomeNote() const {
   if (!done()) return "";
-  std::string runUs = std::to_string(toMicros(lastEndNs_ - firstStartNs_));
   if (nodeFailed_) return "a node could not run";
+  if (!hardExceeded_ && !softExceeded_) return "";
+  std::string runUs = std::to_string(toMicros(lastEndNs_ - firstStartNs_));
   if (hardExceeded_) return "hard limit of " + std::to_string(limits_.hardUs) + " us exceeded: " + runUs + " us";
   if (softExceeded_) return "soft limit of " + std::to_string(limits_.softUs) + " us exceeded: " + runUs + " us";
   return "";
