@@ -34,6 +34,7 @@ class Job : public std::enable_shared_from_this<Job> {
  public:
   /// A job of `player` that will run `plan` (shared, never modified) under `limits`.
   Job(std::shared_ptr<Player> player, std::shared_ptr<const JobPlan> plan, JobLimits limits);
+  /// Not copyable: its timings point into itself and the cores hold it shared.
   Job(const Job&) = delete;
   Job& operator=(const Job&) = delete;
 
