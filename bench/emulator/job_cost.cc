@@ -1,7 +1,6 @@
 // Counts what one job costs the host library: allocations and mutex locks per
 // play -> wait -> release of a trivial one-node pattern, over all threads.
-// Run under callgrind for instructions: the difference between two job counts
-// divided by their difference is the per-job cost.
+// job_cost.sh adds the instructions per job, from callgrind.
 // Usage: kesh_job_cost [JOBS]   (default 1000)
 #include <dlfcn.h>
 #include <pthread.h>
