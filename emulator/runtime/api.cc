@@ -313,17 +313,16 @@ int keshPlayPatternGraph(_kesh_player* player, _pattern_graph* graph, uint32_t f
   call.handle("player", Kind::kPlayer, player).handle("graph", Kind::kGraph, graph).number("flags", flags);
   call.output("job");
   return call.run([&] {
-    auto owner = table().find<Player>(player, Kind::kPlayer);
-    auto played = table().find<Graph>(graph, Kind::kGraph);
+    auto [owner, played] = table().findPair<Player, Graph>(player, Kind::kPlayer, graph, Kind::kGraph);
     if (owner == nullptr || played == nullptr || job == nullptr || flags != 0) return kFailed;
     if (played->playerId() != owner->id) return kFailed;
-    JobPlan plan;
-    if (!played->plan(&plan)) return kFailed;
+    std::shared_ptr<const JobPlan> plan;
+    JobLimits limits;
+    if (!played->plan(&plan, &limits)) return kFailed;
     CorePool& pool = CorePool::instance();
     pool.ensureStarted();
-    auto started = std::make_shared<Job>(owner, std::move(plan));
-    HandleId jobId = table().newId();
-    table().insert(jobId, Kind::kJob, started);
+    auto started = std::make_shared<Job>(owner, std::move(plan), limits);
+    HandleId jobId = table().insertNew(Kind::kJob, started);
     started->start(pool);
     *job = handleOf<_pattern_job>(jobId);
     call.setOutputHandle("job", Kind::kJob, jobId);
@@ -362,9 +361,8 @@ int keshDestroyPatternJob(_pattern_job* job) {
   ApiCall call(Fn::keshDestroyPatternJob);
   call.handle("job", Kind::kJob, job);
   return call.run([&] {
-    auto found = table().find<Job>(job, Kind::kJob);
-    if (found == nullptr || !found->done()) return kFailed;
-    return table().take<Job>(job, Kind::kJob) != nullptr ? kOk : kFailed;
+    bool taken = table().takeUnless<Job>(job, Kind::kJob, [](const Job& found) { return !found.done(); });
+    return taken ? kOk : kFailed;
   });
 }
 

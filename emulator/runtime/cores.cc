@@ -26,20 +26,26 @@ CorePool& CorePool::instance() {
 CorePool::CorePool(int cores) : cores_(cores), pinned_(static_cast<size_t>(cores)) {}
 
 void CorePool::ensureStarted() {
+  if (allStarted_.load(std::memory_order_acquire)) return;
   std::lock_guard<std::mutex> lock(mutex_);
   if (threadsStarted_ < cores_) startThreadsLocked();
 }
 
 void CorePool::submit(CoreTask task) {
+  const bool pinned = task.core >= 0 && task.core < cores_;
   {
     std::lock_guard<std::mutex> lock(mutex_);
     if (threadsStarted_ < cores_) startThreadsLocked();
-    Queue& queue = task.core >= 0 && task.core < cores_ ? pinned_[static_cast<size_t>(task.core)] : anyCore_;
-    queue.push(Queued{task.boost, sequence_++, std::move(task.run)});
+    Queue& queue = pinned ? pinned_[static_cast<size_t>(task.core)] : anyCore_;
+    queue.push(Queued{task.boost, sequence_++, task.run, std::move(task.owner), task.index});
   }
-  // Every core may be the one to take it (any-core queue) or only one (pinned);
-  // waking all keeps it simple, and the cores are few.
-  wake_.notify_all();
+  // Any idle core can take an any-core task, so waking one is enough; a pinned
+  // task wants one particular core, which only waking all is sure to reach.
+  if (pinned) {
+    wake_.notify_all();
+  } else {
+    wake_.notify_one();
+  }
 }
 
 void CorePool::startThreadsLocked() {
@@ -47,6 +53,7 @@ void CorePool::startThreadsLocked() {
     std::thread(&CorePool::workerLoop, this, threadsStarted_).detach();
     ++threadsStarted_;
   }
+  allStarted_.store(true, std::memory_order_release);
 }
 
 CorePool::Queue* CorePool::nextQueueLocked(int core) {
@@ -61,11 +68,12 @@ void CorePool::workerLoop(int core) {
   for (;;) {
     Queue* queue = nullptr;
     wake_.wait(lock, [&] { return (queue = nextQueueLocked(core)) != nullptr; });
-    std::function<void()> run = std::move(const_cast<Queued&>(queue->top()).run);
+    Queued task = std::move(const_cast<Queued&>(queue->top()));
     queue->pop();
     lock.unlock();
-    run();
-    run = nullptr;  // release what the task holds before sleeping again
+    if (hook_) hook_(core);
+    task.run(task.owner, task.index);
+    task.owner.reset();  // release what the task holds before sleeping again
     lock.lock();
   }
 }

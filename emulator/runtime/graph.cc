@@ -39,6 +39,24 @@ bool Graph::pack(const std::vector<HandleId>& ids) {
 bool Graph::build() {
   std::lock_guard<std::mutex> lock(mutex_);
   if (built_) return false;
+  auto plan = std::make_shared<JobPlan>();
+  plan->nodes.resize(nodes_.size());
+  std::vector<size_t> stepOfPack(static_cast<size_t>(packCount_), SIZE_MAX);
+  for (size_t i = 0; i < nodes_.size(); ++i) {
+    int packNumber = packOf_[i];
+    if (packNumber < 0) {
+      plan->steps.push_back({i});
+      continue;
+    }
+    size_t& step = stepOfPack[static_cast<size_t>(packNumber)];
+    if (step == SIZE_MAX) {
+      step = plan->steps.size();
+      plan->steps.emplace_back();
+    }
+    plan->steps[step].push_back(i);
+  }
+  plan_ = std::move(plan);
+  seenVersions_.assign(nodes_.size(), 0);
   built_ = true;
   return true;
 }
@@ -48,39 +66,40 @@ bool Graph::setOption(uint32_t option, int32_t value) {
   std::lock_guard<std::mutex> lock(mutex_);
   switch (option) {
     case PATTERN_GRAPH_OPTION_HARD_LIMIT:
-      hardLimitUs_ = value;
+      limits_.hardUs = value;
       return true;
     case PATTERN_GRAPH_OPTION_SOFT_LIMIT:
-      softLimitUs_ = value;
+      limits_.softUs = value;
       return true;
     default:
       return false;
   }
 }
 
-bool Graph::plan(JobPlan* out) const {
-  std::lock_guard<std::mutex> lock(mutex_);
-  if (!built_) return false;
-  JobPlan plan;
-  plan.nodes.resize(nodes_.size());
-  std::vector<size_t> stepOfPack(static_cast<size_t>(packCount_), SIZE_MAX);
+bool Graph::refreshLocked() {
+  std::shared_ptr<JobPlan> fresh;
+  std::vector<uint64_t> versions;
   for (size_t i = 0; i < nodes_.size(); ++i) {
-    if (!nodes_[i]->snapshot(&plan.nodes[i])) return false;
-    int packNumber = packOf_[i];
-    if (packNumber < 0) {
-      plan.steps.push_back({i});
-      continue;
+    if (nodes_[i]->version() == seenVersions_[i]) continue;
+    if (fresh == nullptr) {
+      // Jobs may be reading plan_: the change goes into a copy.
+      fresh = std::make_shared<JobPlan>(*plan_);
+      versions = seenVersions_;
     }
-    size_t& step = stepOfPack[static_cast<size_t>(packNumber)];
-    if (step == SIZE_MAX) {
-      step = plan.steps.size();
-      plan.steps.emplace_back();
-    }
-    plan.steps[step].push_back(i);
+    if (!nodes_[i]->snapshot(&fresh->nodes[i], &versions[i])) return false;
   }
-  plan.hardLimitUs = hardLimitUs_;
-  plan.softLimitUs = softLimitUs_;
-  *out = std::move(plan);
+  if (fresh != nullptr) {
+    plan_ = std::move(fresh);
+    seenVersions_ = std::move(versions);
+  }
+  return true;
+}
+
+bool Graph::plan(std::shared_ptr<const JobPlan>* out, JobLimits* limits) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  if (!built_ || !refreshLocked()) return false;
+  *out = plan_;
+  *limits = limits_;
   return true;
 }
 

@@ -2,7 +2,9 @@
 // options may be set at any time, and a built graph can be played any number
 // of times, each play taking a snapshot (JobPlan). Nodes run in the order
 // they were added; the nodes of a pack start together, at the place of the
-// pack's first node. Thread-safe (one mutex per graph, taken before a node's).
+// pack's first node. The steps are planned once, at build; a play re-takes
+// only the nodes updated since the last play and otherwise shares the last
+// plan. Thread-safe (one mutex per graph, taken before a node's).
 #ifndef KESH_EMULATOR_RUNTIME_GRAPH_H_
 #define KESH_EMULATOR_RUNTIME_GRAPH_H_
 
@@ -42,12 +44,14 @@ class Graph {
   /// unknown option or a negative value.
   bool setOption(uint32_t option, int32_t value);
 
-  /// The job a play would run; false when the graph is not built, a node was
-  /// destroyed or an allocated argument of a node has no applied memory.
-  bool plan(JobPlan* out) const;
+  /// The job a play would run, with the current limits; false when the graph
+  /// is not built, a node was destroyed or an allocated argument of a node has
+  /// no applied memory. Plays between node updates get the same plan.
+  bool plan(std::shared_ptr<const JobPlan>* out, JobLimits* limits);
 
  private:
   size_t positionOf(HandleId nodeId) const;  // nodes_.size() if absent
+  bool refreshLocked();                      // re-takes updated nodes into plan_
 
   const HandleId id_;
   const HandleId playerId_;
@@ -56,8 +60,9 @@ class Graph {
   std::vector<int> packOf_;  // per node: pack number, or -1
   int packCount_ = 0;
   bool built_ = false;
-  int32_t hardLimitUs_ = 0;
-  int32_t softLimitUs_ = 0;
+  JobLimits limits_;
+  std::shared_ptr<const JobPlan> plan_;  // from build on: the steps, and nodes as of seenVersions_
+  std::vector<uint64_t> seenVersions_;    // per node: version in plan_, 0 before its first snapshot
 };
 
 }  // namespace kesh::runtime

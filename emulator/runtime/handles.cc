@@ -29,8 +29,20 @@ void HandleTable::insertErased(HandleId id, Kind kind, std::shared_ptr<void> obj
   entries_[id] = Entry{kind, std::move(object)};
 }
 
+HandleId HandleTable::insertNewErased(Kind kind, std::shared_ptr<void> object) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  HandleId id = lastId_ + 1;
+  entries_[id] = Entry{kind, std::move(object)};
+  lastId_ = id;  // only once the entry is in: a failed insert uses up no id
+  return id;
+}
+
 std::shared_ptr<void> HandleTable::findErased(HandleId id, Kind kind) const {
   std::lock_guard<std::mutex> lock(mutex_);
+  return findLocked(id, kind);
+}
+
+std::shared_ptr<void> HandleTable::findLocked(HandleId id, Kind kind) const {
   auto it = entries_.find(id);
   if (it == entries_.end() || it->second.kind != kind) return nullptr;
   return it->second.object;

@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <unordered_map>
+#include <utility>
 
 namespace kesh::runtime {
 
@@ -43,10 +44,41 @@ class HandleTable {
     insertErased(id, kind, std::static_pointer_cast<void>(std::move(object)));
   }
 
+  /// Registers `object` under a fresh id and returns the id: newId() and
+  /// insert() in one step.
+  template <class T>
+  HandleId insertNew(Kind kind, std::shared_ptr<T> object) {
+    return insertNewErased(kind, std::static_pointer_cast<void>(std::move(object)));
+  }
+
   /// The live object of `kind` behind `handle`, or null.
   template <class T>
   std::shared_ptr<T> find(const void* handle, Kind kind) const {
     return std::static_pointer_cast<T>(findErased(idOf(handle), kind));
+  }
+
+  /// Two lookups under one lock: the objects behind `a` (of `kindA`) and `b`
+  /// (of `kindB`), each null when not found.
+  template <class A, class B>
+  std::pair<std::shared_ptr<A>, std::shared_ptr<B>> findPair(const void* a, Kind kindA, const void* b,
+                                                             Kind kindB) const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return {std::static_pointer_cast<A>(findLocked(idOf(a), kindA)),
+            std::static_pointer_cast<B>(findLocked(idOf(b), kindB))};
+  }
+
+  /// Removes the object of `kind` behind `handle` if `keep(object)` is false,
+  /// under the table's lock (so `keep` must not call the table); true if removed.
+  template <class T, class Keep>
+  bool takeUnless(const void* handle, Kind kind, Keep keep) {
+    std::shared_ptr<void> object;  // declared first: released after the lock
+    std::lock_guard<std::mutex> lock(mutex_);
+    auto it = entries_.find(idOf(handle));
+    if (it == entries_.end() || it->second.kind != kind) return false;
+    if (keep(*static_cast<const T*>(it->second.object.get()))) return false;
+    object = std::move(it->second.object);
+    entries_.erase(it);
+    return true;
   }
 
   /// Removes the object of `kind` behind `handle` and returns it, or null when
@@ -64,7 +96,9 @@ class HandleTable {
 
   HandleTable() = default;
   void insertErased(HandleId id, Kind kind, std::shared_ptr<void> object);
+  HandleId insertNewErased(Kind kind, std::shared_ptr<void> object);
   std::shared_ptr<void> findErased(HandleId id, Kind kind) const;
+  std::shared_ptr<void> findLocked(HandleId id, Kind kind) const;
   std::shared_ptr<void> takeErased(HandleId id, Kind kind);
 
   mutable std::mutex mutex_;

@@ -10,14 +10,23 @@
 
 namespace kesh::runtime {
 
-Job::Job(std::shared_ptr<Player> player, JobPlan plan)
-    : player_(std::move(player)), plan_(std::move(plan)), timings_(plan_.nodes.size()) {}
+Job::Job(std::shared_ptr<Player> player, std::shared_ptr<const JobPlan> plan, JobLimits limits)
+    : player_(std::move(player)), plan_(std::move(plan)), limits_(limits), timings_(inlineTimings_) {
+  if (plan_->nodes.size() > kInlineNodes) {
+    heapTimings_.reset(new NodeTiming[plan_->nodes.size()]);
+    timings_ = heapTimings_.get();
+  }
+}
+
+void Job::runTask(const std::shared_ptr<void>& job, size_t node) {
+  static_cast<Job*>(job.get())->runNode(node);
+}
 
 void Job::start(CorePool& pool) {
   std::lock_guard<std::mutex> lock(mutex_);
   pool_ = &pool;
   player_->unfinishedJobs.fetch_add(1);
-  if (plan_.steps.empty()) {
+  if (plan_->steps.empty()) {
     completeLocked();
     return;
   }
@@ -27,11 +36,11 @@ void Job::start(CorePool& pool) {
 void Job::dispatchLocked(size_t step) {
   step_ = step;
   pending_ = 0;
-  std::shared_ptr<Job> self = shared_from_this();
-  for (size_t node : plan_.steps[step]) {
-    const NodeRun& run = plan_.nodes[node];
+  std::shared_ptr<void> self = shared_from_this();
+  for (size_t node : plan_->steps[step]) {
+    const NodeRun& run = plan_->nodes[node];
     try {
-      pool_->submit(CoreTask{run.boost, run.core, [self, node] { self->runNode(node); }});
+      pool_->submit(CoreTask{run.boost, run.core, &Job::runTask, self, node});
       ++pending_;
     } catch (...) {
       nodeFailed_ = true;  // the node never runs; the job fails once the others end
@@ -41,15 +50,16 @@ void Job::dispatchLocked(size_t step) {
 }
 
 void Job::runNode(size_t node) {
-  const NodeRun& run = plan_.nodes[node];
+  const NodeRun& run = plan_->nodes[node];
   int64_t startNs = monotonicNanos();
   int64_t opsStartNs = startNs;
   int64_t opsEndNs = startNs;
   bool ok = true;
   try {
     std::vector<std::shared_ptr<ByteBlock>> scratch;  // zero-filled no-alloc buffers
-    std::vector<kernels::BufferView> views;
-    views.reserve(run.args.size());
+    // Kept per core and reused: binding a node's buffers allocates nothing.
+    thread_local std::vector<kernels::BufferView> views;
+    views.clear();
     for (size_t i = 0; i < run.args.size(); ++i) {
       std::shared_ptr<ByteBlock> block = run.args[i].block;
       size_t size = run.args[i].size;
@@ -84,9 +94,9 @@ void Job::nodeFinished(size_t node, const NodeTiming& timing, int64_t startNs, i
   lastEndNs_ = std::max(lastEndNs_, endNs);
   if (!ok) nodeFailed_ = true;
   int64_t runUs = toMicros(lastEndNs_ - firstStartNs_);
-  if (plan_.hardLimitUs > 0 && runUs > plan_.hardLimitUs) hardExceeded_ = true;
+  if (limits_.hardUs > 0 && runUs > limits_.hardUs) hardExceeded_ = true;
   if (--pending_ != 0) return;
-  if (nodeFailed_ || hardExceeded_ || step_ + 1 == plan_.steps.size()) {
+  if (nodeFailed_ || hardExceeded_ || step_ + 1 == plan_->steps.size()) {
     completeLocked();
   } else {
     dispatchLocked(step_ + 1);
@@ -95,28 +105,27 @@ void Job::nodeFinished(size_t node, const NodeTiming& timing, int64_t startNs, i
 
 void Job::completeLocked() {
   int64_t runUs = toMicros(lastEndNs_ - firstStartNs_);
-  softExceeded_ = plan_.softLimitUs > 0 && runUs > plan_.softLimitUs;
-  done_ = true;
+  softExceeded_ = limits_.softUs > 0 && runUs > limits_.softUs;
+  // Before done_: a caller that sees the job done may destroy its player at once.
   player_->unfinishedJobs.fetch_sub(1);
+  done_.store(true, std::memory_order_release);
   doneCv_.notify_all();
 }
 
 int Job::wait() {
-  std::unique_lock<std::mutex> lock(mutex_);
-  doneCv_.wait(lock, [this] { return done_; });
+  if (!done()) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    doneCv_.wait(lock, [this] { return done(); });
+  }
   return nodeFailed_ || hardExceeded_ ? kFailed : kOk;
 }
 
-bool Job::done() const {
-  std::lock_guard<std::mutex> lock(mutex_);
-  return done_;
-}
+bool Job::done() const { return done_.load(std::memory_order_acquire); }
 
 bool Job::execInfo(HandleId nodeId, uint32_t kind, int64_t* value) const {
-  std::lock_guard<std::mutex> lock(mutex_);
-  if (!done_) return false;
-  for (size_t i = 0; i < plan_.nodes.size(); ++i) {
-    if (plan_.nodes[i].nodeId != nodeId) continue;
+  if (!done()) return false;
+  for (size_t i = 0; i < plan_->nodes.size(); ++i) {
+    if (plan_->nodes[i].nodeId != nodeId) continue;
     const NodeTiming& timing = timings_[i];
     switch (kind) {
       case PATTERN_NODE_EXEC_INFO_DRIVER_TIME: *value = timing.driverUs; return true;
@@ -130,12 +139,12 @@ bool Job::execInfo(HandleId nodeId, uint32_t kind, int64_t* value) const {
 }
 
 std::string Job::outcomeNote() const {
-  std::lock_guard<std::mutex> lock(mutex_);
-  if (!done_) return "";
-  std::string runUs = std::to_string(toMicros(lastEndNs_ - firstStartNs_));
+  if (!done()) return "";
   if (nodeFailed_) return "a node could not run";
-  if (hardExceeded_) return "hard limit of " + std::to_string(plan_.hardLimitUs) + " us exceeded: " + runUs + " us";
-  if (softExceeded_) return "soft limit of " + std::to_string(plan_.softLimitUs) + " us exceeded: " + runUs + " us";
+  if (!hardExceeded_ && !softExceeded_) return "";
+  std::string runUs = std::to_string(toMicros(lastEndNs_ - firstStartNs_));
+  if (hardExceeded_) return "hard limit of " + std::to_string(limits_.hardUs) + " us exceeded: " + runUs + " us";
+  if (softExceeded_) return "soft limit of " + std::to_string(limits_.softUs) + " us exceeded: " + runUs + " us";
   return "";
 }
 

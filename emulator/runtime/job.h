@@ -2,10 +2,12 @@
 // nodes of a step are queued together and the next step is queued when the
 // last of them ends. A job over its hard limit stops after the running step
 // and fails; a soft limit overrun is only recorded. Thread-safe; the cores
-// keep the job alive while any of its nodes is queued or running.
+// keep the job alive while any of its nodes is queued or running. Once
+// complete a job never changes, so its queries take no lock.
 #ifndef KESH_EMULATOR_RUNTIME_JOB_H_
 #define KESH_EMULATOR_RUNTIME_JOB_H_
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -30,8 +32,11 @@ struct NodeTiming {
 
 class Job : public std::enable_shared_from_this<Job> {
  public:
-  /// A job of `player` that will run `plan`.
-  Job(std::shared_ptr<Player> player, JobPlan plan);
+  /// A job of `player` that will run `plan` (shared, never modified) under `limits`.
+  Job(std::shared_ptr<Player> player, std::shared_ptr<const JobPlan> plan, JobLimits limits);
+  /// Not copyable: its timings point into itself and the cores hold it shared.
+  Job(const Job&) = delete;
+  Job& operator=(const Job&) = delete;
 
   /// Queues the first step on `pool` (or completes at once when the plan is
   /// empty); throws std::system_error if the cores cannot start. Call once.
@@ -53,18 +58,25 @@ class Job : public std::enable_shared_from_this<Job> {
   std::string outcomeNote() const;
 
  private:
+  // Up to this many nodes keep their timings inside the job: no allocation.
+  static constexpr size_t kInlineNodes = 4;
+
+  static void runTask(const std::shared_ptr<void>& job, size_t node);
   void dispatchLocked(size_t step);
   void runNode(size_t node);
   void nodeFinished(size_t node, const NodeTiming& timing, int64_t startNs, int64_t endNs, bool ok);
   void completeLocked();
 
   const std::shared_ptr<Player> player_;
-  const JobPlan plan_;
+  const std::shared_ptr<const JobPlan> plan_;
+  const JobLimits limits_;
   CorePool* pool_ = nullptr;
 
   mutable std::mutex mutex_;
   std::condition_variable doneCv_;
-  std::vector<NodeTiming> timings_;
+  NodeTiming inlineTimings_[kInlineNodes];
+  std::unique_ptr<NodeTiming[]> heapTimings_;  // only for larger plans
+  NodeTiming* timings_;                        // one per node of the plan
   size_t step_ = 0;
   size_t pending_ = 0;  // nodes of the current step not yet finished
   int64_t firstStartNs_ = 0;
@@ -72,7 +84,7 @@ class Job : public std::enable_shared_from_this<Job> {
   bool nodeFailed_ = false;
   bool hardExceeded_ = false;
   bool softExceeded_ = false;
-  bool done_ = false;
+  std::atomic<bool> done_{false};  // set last, under mutex_; what it guards is final then
 };
 
 }  // namespace kesh::runtime

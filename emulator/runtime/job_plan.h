@@ -1,6 +1,8 @@
 // What a job runs: an immutable snapshot of a built graph with the arguments
 // and options its nodes had applied when it was played. It shares the
 // programs and device buffers, so destroying handles never disturbs a job.
+// A graph keeps its latest plan and hands the same one to every play until a
+// node changes, so a plan is shared, read-only, by any number of jobs.
 #ifndef KESH_EMULATOR_RUNTIME_JOB_PLAN_H_
 #define KESH_EMULATOR_RUNTIME_JOB_PLAN_H_
 
@@ -35,8 +37,12 @@ struct NodeRun {
 struct JobPlan {
   std::vector<NodeRun> nodes;
   std::vector<std::vector<size_t>> steps;  ///< indices into nodes
-  int32_t hardLimitUs = 0;                 ///< 0: none
-  int32_t softLimitUs = 0;                 ///< 0: none
+};
+
+/// The graph's limits when it was played, microseconds (0: none).
+struct JobLimits {
+  int32_t hardUs = 0;  ///< a node ending past it fails the job
+  int32_t softUs = 0;  ///< an overrun is only recorded
 };
 
 }  // namespace kesh::runtime

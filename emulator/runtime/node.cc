@@ -45,14 +45,16 @@ void Node::update() {
   if (stagedCore_) core_ = *stagedCore_;
   stagedBoost_.reset();
   stagedCore_.reset();
+  version_.fetch_add(1, std::memory_order_release);
 }
 
 void Node::markDestroyed() {
   std::lock_guard<std::mutex> lock(mutex_);
   destroyed_ = true;
+  version_.fetch_add(1, std::memory_order_release);
 }
 
-bool Node::snapshot(NodeRun* out) const {
+bool Node::snapshot(NodeRun* out, uint64_t* version) const {
   std::lock_guard<std::mutex> lock(mutex_);
   if (destroyed_) return false;
   for (size_t position = 0; position < appliedArgs_.size(); ++position) {
@@ -63,6 +65,7 @@ bool Node::snapshot(NodeRun* out) const {
   out->args = appliedArgs_;
   out->boost = boost_;
   out->core = core_;
+  *version = version_.load(std::memory_order_relaxed);
   return true;
 }
 

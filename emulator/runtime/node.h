@@ -4,6 +4,7 @@
 #ifndef KESH_EMULATOR_RUNTIME_NODE_H_
 #define KESH_EMULATOR_RUNTIME_NODE_H_
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -44,12 +45,16 @@ class Node {
   /// Applies everything staged since the last update.
   void update();
 
+  /// Grows whenever update() or markDestroyed() may have changed what a
+  /// snapshot returns; read without the node's lock.
+  uint64_t version() const { return version_.load(std::memory_order_acquire); }
+
   /// Marks the node destroyed: graphs holding it can no longer be played.
   void markDestroyed();
 
-  /// The node as a job would run it; false when it was destroyed or an
-  /// allocated argument has no applied memory.
-  bool snapshot(NodeRun* out) const;
+  /// The node as a job would run it, and the version it was taken at; false
+  /// when it was destroyed or an allocated argument has no applied memory.
+  bool snapshot(NodeRun* out, uint64_t* version) const;
 
  private:
   const HandleId id_;
@@ -65,6 +70,7 @@ class Node {
   int boost_ = kMinBoost;
   int core_ = kAnyCore;
   bool destroyed_ = false;
+  std::atomic<uint64_t> version_{1};  // changed under mutex_
 };
 
 }  // namespace kesh::runtime

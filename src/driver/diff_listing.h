@@ -18,9 +18,15 @@ constexpr size_t diffListingCapacity(size_t size) { return size * 4 + 8; }
 /// `out` must hold diffListingCapacity(size) characters; returns the text's end.
 char* writeDiffListing(char* out, const uint8_t* result, const uint8_t* golden, size_t size);
 
-/// Writes `header` and then the listing of writeDiffListing to `sink` in one
-/// write, formatted first into one buffer of about four characters per byte.
+/// Writes `header` and then the listing of writeDiffListing to `sink`,
+/// formatted a few thousand lines at a time into one small reused buffer.
 void printDiffListing(std::ostream& sink, const std::string& header, const uint8_t* result,
                       const uint8_t* golden, size_t size);
+
+/// True if the `size` bytes at `result` and `golden` are equal (or `size` is
+/// 0); otherwise prints `header` and the listing to `sink` and returns false.
+/// Reads the bytes where they are: no copy of either side is made.
+bool matchesOrListsDiff(std::ostream& sink, const std::string& header, const uint8_t* result,
+                        const uint8_t* golden, size_t size);
 
 #endif  // KESH_DRIVER_DIFF_LISTING_H_

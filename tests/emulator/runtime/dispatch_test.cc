@@ -1,0 +1,149 @@
+// The planner and the dispatcher seen from inside: how a built graph's nodes
+// are grouped into steps, when a play re-takes its nodes, and that the nodes
+// of a pack are handed to different cores at the same time. No wall clock:
+// a dispatch hook holds each core until both nodes of the pack have arrived.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "format/reader.h"
+#include "runtime/cores.h"
+#include "runtime/graph.h"
+#include "runtime/job.h"
+#include "runtime/memory.h"
+#include "test_patterns.h"
+
+namespace kesh::runtime::testing {
+namespace {
+
+constexpr HandleId kPlayerId = 1000, kGraphId = 1001;
+constexpr uint32_t kSize = 64;
+
+/// A built graph of `count` bound copy nodes (ids 1..count), packed as `packs`
+/// lists (1-based positions).
+struct TestGraph {
+  TestGraph(size_t count, const std::vector<std::vector<HandleId>>& packs) : graph(kGraphId, kPlayerId) {
+    const std::vector<uint8_t> binary = copyPattern(kSize, 7, 3);
+    auto program = std::make_shared<format::Program>();
+    std::string error;
+    EXPECT_TRUE(format::decodePattern(binary.data(), binary.size(), program.get(), &error)) << error;
+    for (HandleId id = 1; id <= count; ++id) {
+      nodes.push_back(std::make_shared<Node>(id, kGraphId, kPlayerId, program));
+      EXPECT_TRUE(graph.addNode(nodes.back()));
+    }
+    for (const auto& pack : packs) EXPECT_TRUE(graph.pack(pack));
+    EXPECT_TRUE(graph.build());
+    for (auto& node : nodes) bind(*node);
+  }
+  void bind(Node& node) {
+    for (uint32_t index : {7u, 3u}) {
+      memories.push_back(Memory::create(kPlayerId, kSize));
+      EXPECT_TRUE(node.stageArg(index, *memories.back(), kSize));
+    }
+    node.update();
+  }
+  std::shared_ptr<const JobPlan> plan() {
+    std::shared_ptr<const JobPlan> out;
+    JobLimits limits;
+    return graph.plan(&out, &limits) ? out : nullptr;
+  }
+
+  Graph graph;
+  std::vector<std::shared_ptr<Node>> nodes;
+  std::vector<std::shared_ptr<Memory>> memories;
+};
+
+struct StepsRow {
+  const char* label;
+  size_t nodes;
+  std::vector<std::vector<HandleId>> packs;
+  std::vector<std::vector<size_t>> steps;
+};
+
+class PlanStepsTest : public ::testing::TestWithParam<StepsRow> {};
+
+TEST_P(PlanStepsTest, PacksBecomeOneStepAtTheirFirstNode) {
+  TestGraph graph(GetParam().nodes, GetParam().packs);
+  std::shared_ptr<const JobPlan> plan = graph.plan();
+  ASSERT_NE(plan, nullptr);
+  EXPECT_EQ(plan->steps, GetParam().steps);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Layouts, PlanStepsTest,
+    ::testing::Values(StepsRow{"unpacked", 3, {}, {{0}, {1}, {2}}},
+                      StepsRow{"packed_all", 3, {{1, 2, 3}}, {{0, 1, 2}}},
+                      StepsRow{"pack_with_a_gap", 4, {{4, 2}}, {{0}, {1, 3}, {2}}},
+                      StepsRow{"two_interleaved_packs", 4, {{1, 3}, {2, 4}}, {{0, 2}, {1, 3}}},
+                      StepsRow{"empty_graph", 0, {}, {}}),
+    [](const ::testing::TestParamInfo<StepsRow>& row) { return std::string(row.param.label); });
+
+TEST(PlanCacheTest, PlaysShareThePlanUntilANodeChanges) {
+  TestGraph graph(2, {});
+  std::shared_ptr<const JobPlan> first = graph.plan();
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(graph.plan(), first) << "no node changed: the same plan";
+  const auto firstBlock = first->nodes[1].args[0].block;
+  graph.bind(*graph.nodes[1]);
+  std::shared_ptr<const JobPlan> second = graph.plan();
+  ASSERT_NE(second, nullptr);
+  EXPECT_NE(second, first);
+  EXPECT_NE(second->nodes[1].args[0].block, firstBlock) << "the update is played";
+  EXPECT_EQ(first->nodes[1].args[0].block, firstBlock) << "an earlier job's plan is never changed";
+  EXPECT_EQ(second->nodes[0].args[0].block, first->nodes[0].args[0].block);
+  graph.nodes[0]->markDestroyed();
+  EXPECT_EQ(graph.plan(), nullptr) << "a destroyed node ends the graph's plays";
+}
+
+/// Holds every core that takes a task until `expected` tasks have been taken
+/// (or ten seconds passed, which only a dispatcher that serialises them lets
+/// happen), and records who took what.
+class Rendezvous {
+ public:
+  explicit Rendezvous(size_t expected) : expected_(expected) {}
+  void arrive(int core) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    cores_.push_back(core);
+    allArrived_.notify_all();
+    if (!allArrived_.wait_for(lock, std::chrono::seconds(10), [this] { return cores_.size() >= expected_; })) {
+      ++timedOut_;
+    }
+  }
+  std::vector<int> cores() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return cores_;
+  }
+  int timedOut() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return timedOut_;
+  }
+
+ private:
+  const size_t expected_;
+  std::mutex mutex_;
+  std::condition_variable allArrived_;
+  std::vector<int> cores_;
+  int timedOut_ = 0;
+};
+
+TEST(DispatchTest, PackedNodesAreHandedToDifferentCoresAtOnce) {
+  static Rendezvous* meeting = new Rendezvous(2);  // outlives the pool's threads
+  static CorePool* pool = new CorePool(2);         // never destroyed, as the library's own
+  pool->setDispatchHook([](int core) { meeting->arrive(core); });
+  TestGraph graph(2, {{1, 2}});
+  auto job = std::make_shared<Job>(std::make_shared<Player>(), graph.plan(), JobLimits{});
+  job->start(*pool);
+  EXPECT_EQ(job->wait(), 0);
+  EXPECT_EQ(meeting->timedOut(), 0) << "a packed node waited for the other to finish";
+  const std::vector<int> cores = meeting->cores();
+  EXPECT_EQ(std::set<int>(cores.begin(), cores.end()).size(), 2u) << cores.size() << " tasks taken";
+}
+
+}  // namespace
+}  // namespace kesh::runtime::testing
