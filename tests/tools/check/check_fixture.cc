@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "check_config.h"
+#include "e2e_config.h"
 #include "test_patterns.h"
 
 namespace kesh::testing {
@@ -47,8 +48,10 @@ void CheckTest::SetUp() {
 }
 
 CheckRun CheckTest::check(const std::vector<std::string>& args) {
-  std::string line = "cd " + shellWord(dir_) + " || exit 126; unset KESH_EMU_FAIL; " + shellWord(KESH_CHECK_PATH) +
-                     " --cores 4";
+  // Through the launcher the tool runs under, as a cross build needs it.
+  std::string line = "cd " + shellWord(dir_) + " || exit 126; unset KESH_EMU_FAIL;";
+  for (const char* word : kLauncher) line += word != nullptr ? " " + shellWord(word) : "";
+  line += " " + shellWord(KESH_CHECK_PATH) + " --cores 4";
   for (const std::string& arg : args) line += " " + shellWord(arg);
   line += " >check.out 2>check.err";
   const int status = std::system(line.c_str());

@@ -72,7 +72,7 @@ TEST_P(AgreementTest, CheckerAndToolAgree) {
   const PlayerRun played = run({"--command", "c.txt"});
   if (row.toolStatus == kCrash) {
     EXPECT_NE(played.status, 0) << played.out << played.err;
-    EXPECT_EQ(played.out.find("Test pattern "), played.out.rfind("Test pattern start...")) << played.out;
+    EXPECT_EQ(played.out.find("!!!"), std::string::npos) << played.out;  // no verdict line
   } else {
     EXPECT_EQ(played.status, row.toolStatus) << played.out << played.err;
   }
