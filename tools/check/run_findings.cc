@@ -72,7 +72,8 @@ std::vector<std::vector<size_t>> groupsOf(const std::vector<SetRecord>& sets) {
 void checkRun(const RunFacts& run, const std::vector<SetRecord>& sets, Diagnostics& out) {
   const Location commandLine{kCommandLine, 0};
   for (const std::string& word : run.ignoredWords) {
-    out.error(commandLine, "option '" + visible(word) + "' is not an option of kesh_player: it would be ignored");
+    const char* kind = word.rfind('-', 0) == 0 ? "option '" : "word '";
+    out.error(commandLine, kind + visible(word) + "' is not an option of kesh_player: it would be ignored");
   }
   if (run.stopped) return;
   const std::vector<std::vector<size_t>> groups = groupsOf(sets);

@@ -47,9 +47,10 @@ void CheckTest::SetUp() {
   mkdir((dir_ + "/folder.bin").c_str(), 0755);
 }
 
-CheckRun CheckTest::check(const std::vector<std::string>& args) {
+CheckRun CheckTest::check(const std::vector<std::string>& args, const std::string& failing) {
   // Through the launcher the tool runs under, as a cross build needs it.
   std::string line = "cd " + shellWord(dir_) + " || exit 126; unset KESH_EMU_FAIL;";
+  if (!failing.empty()) line += " KESH_EMU_FAIL=" + shellWord(failing);
   for (const char* word : kLauncher) line += word != nullptr ? " " + shellWord(word) : "";
   line += " " + shellWord(KESH_CHECK_PATH) + " --cores 4";
   for (const std::string& arg : args) line += " " + shellWord(arg);

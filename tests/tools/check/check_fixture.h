@@ -23,8 +23,9 @@ struct CheckRun {
 class CheckTest : public PlayerTest {
  protected:
   void SetUp() override;
-  /// Runs kesh_check with `args` in the scratch folder (on a 4-core device).
-  CheckRun check(const std::vector<std::string>& args);
+  /// Runs kesh_check with `args` in the scratch folder (on a 4-core device);
+  /// `failing` is the library's KESH_EMU_FAIL value, "" for none.
+  CheckRun check(const std::vector<std::string>& args, const std::string& failing = "");
 };
 
 }  // namespace kesh::testing

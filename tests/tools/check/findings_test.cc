@@ -96,6 +96,12 @@ const FindingRow kRows[] = {
     {"IgnoredOptions", "", {"-t", "0", "--versoin", "--h"},
      "<command line>: error: option '--versoin' is not an option of kesh_player: it would be ignored\n"
      "<command line>: error: option '--h' is not an option of kesh_player: it would be ignored\n", 1},
+    {"StrayWord", "", {"-t", "0", "stray"},
+     "<command line>: error: word 'stray' is not an option of kesh_player: it would be ignored\n", 1},
+    {"RunCountZero", "", {"-t", "0", "-l", "0"},
+     "<command line>: error: loop count 0: no run would happen, and kesh_player would end with status 0\n", 1},
+    {"HelpRunsNothing", "", {"-t", "0", "-h"},
+     "<command line>: warning: -h: kesh_player would print its help text and run nothing\n", 0},
     {"MissingCommandFile", "", {"--command", "nosuch.txt", "-t", "4"},
      "<command line>: error: command file 'nosuch.txt' does not exist: kesh_player would stop with \"Error: "
      "cannot open file nosuch.txt\"\n", 1},
@@ -122,6 +128,17 @@ TEST_P(FindingsTest, ReportsExactly) {
 
 INSTANTIATE_TEST_SUITE_P(Check, FindingsTest, ::testing::ValuesIn(kRows),
                          [](const ::testing::TestParamInfo<FindingRow>& row) { return row.param.name; });
+
+// A bad option of the checker's own, or a library that gives no player: nothing is checked.
+TEST_F(CheckTest, CouldNotCheck) {
+  const CheckRun badOption = check({"--cores", "0", "-t", "0"});
+  EXPECT_EQ(badOption.status, 2);
+  EXPECT_EQ(badOption.err.rfind("kesh_check: --cores needs a number from 1 to 256\n", 0), 0u) << badOption.err;
+  const CheckRun noPlayer = check({"-t", "0"}, "keshCreatePlayer@*");
+  EXPECT_EQ(noPlayer.status, 2);
+  EXPECT_EQ(noPlayer.err,
+            "kesh_check: the pattern library gives no player (\"Failed to create player\"): nothing can be checked\n");
+}
 
 // Warnings fail the check only when asked; the JSON form carries the same finding.
 TEST_F(CheckTest, WerrorAndJson) {
