@@ -143,7 +143,8 @@ class Collector {
   }
 
   void readFile(const char* programName, const char* fileName) {
-    const FileFacts& facts = FileProbe().probe(fileName);
+    FileProbe probe;
+    const FileFacts facts = probe.probe(fileName);
     if (facts.kind != FileKind::kRegular) {
       out_.error({kCommandLine, 0}, "command file '" + visible(fileName) + "' " + whyUnopenable(facts.kind) +
                                         ": kesh_player would stop with \"Error: cannot open file " +
