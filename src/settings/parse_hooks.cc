@@ -1,5 +1,7 @@
 #include "settings/parse_hooks.h"
 
+#include <getopt.h>
+
 #include <fstream>
 
 #include "common/fatal.h"
@@ -22,6 +24,14 @@ void forEachCommandLine(const char* fileName, const std::function<void(const std
     if (hooks.commandSetStarts) hooks.commandSetStarts(CommandOrigin{fileName, lineNumber, line});
     build(line);
   }
+}
+
+void resetScanner() {
+  char name[] = "scanner";
+  char* words[] = {name, nullptr};
+  const option none[] = {{nullptr, 0, nullptr, 0}};
+  optind = 0;  // a restart forgets the position inside the old words
+  getopt_long(1, words, ":", none, nullptr);
 }
 
 std::vector<uint8_t> loadData(DataRole role, const char* path) {

@@ -59,6 +59,11 @@ ParseHooks& parseHooks();
 /// Ends the process if the file cannot be opened; a `build` that returns lets the next line follow.
 void forEachCommandLine(const char* fileName, const std::function<void(const std::string& line)>& build);
 
+/// Leaves the option scanner idle, as a parse that ran to its end leaves it. A parse ended by a
+/// fatal handler leaves it inside the words of its line, which are gone by then: call this after
+/// catching such an error and before the global parser scans on (readCommandFile hooks must).
+void resetScanner();
+
 /// The data file's bytes through the readData hook, or TestCommand::readData without one.
 std::vector<uint8_t> loadData(DataRole role, const char* path);
 

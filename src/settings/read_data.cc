@@ -1,7 +1,11 @@
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
-#include <fstream>
-#include <ios>
 #include <vector>
 
 #include "common/fatal.h"
@@ -13,52 +17,75 @@ namespace {
 // Step for whatever follows the reported size.
 constexpr std::size_t kTailChunk = 64 * 1024;
 
-// The reported size, truncated to 32 bits like every length the tool keeps;
-// 0 when the stream cannot tell (a pipe). Leaves the stream at its start.
-int32_t reportedSize(std::ifstream& file) {
-  int32_t size = 0;
-  if (file.seekg(0, std::ios::end)) {
-    const std::streamoff end = file.tellg();
-    if (end > 0) size = static_cast<int32_t>(static_cast<uint32_t>(end));
+// Closes the descriptor when the reading ends, however it ends.
+class Descriptor {
+ public:
+  explicit Descriptor(int fd) : fd_(fd) {}
+  ~Descriptor() {
+    if (fd_ >= 0) ::close(fd_);
   }
-  file.clear();
-  file.seekg(0, std::ios::beg);
-  file.clear();
-  return size;
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int get() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+// The reported size, truncated to 32 bits like every length the tool keeps;
+// 0 when the file cannot tell (a pipe, most files under /proc).
+int32_t reportedSize(int fd) {
+  const off_t end = ::lseek(fd, 0, SEEK_END);
+  ::lseek(fd, 0, SEEK_SET);
+  if (end <= 0) return 0;
+  return static_cast<int32_t>(static_cast<uint32_t>(end));
 }
 
-// Reads up to `count` bytes onto the end of `bytes` in one request.
-void append(std::ifstream& file, std::vector<uint8_t>& bytes, std::size_t count) {
-  const std::size_t start = bytes.size();
-  bytes.resize(start + count);
-  file.read(reinterpret_cast<char*>(bytes.data() + start), static_cast<std::streamsize>(count));
-  bytes.resize(start + static_cast<std::size_t>(file.gcount()));
+// The first `size` bytes of a regular file copied straight out of the page
+// cache into the vector's storage, which is never zero-filled first; empty
+// when the file cannot be mapped (the caller then reads it).
+std::vector<uint8_t> copyMapped(int fd, std::size_t size) {
+  struct stat info;
+  if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || static_cast<std::size_t>(info.st_size) < size) return {};
+  void* mapped = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
+  if (mapped == MAP_FAILED) return {};
+  const auto* first = static_cast<const uint8_t*>(mapped);
+  std::vector<uint8_t> bytes;
+  bytes.reserve(size);
+  bytes.assign(first, first + size);
+  ::munmap(mapped, size);
+  ::lseek(fd, static_cast<off_t>(size), SEEK_SET);
+  return bytes;
 }
 
-// The reported size is read in one request; then reading goes on to the
-// real end of the stream, since files under /proc report 0 and a file may
-// grow while it is read. A failed read ends the data like the end of the stream.
-void readToEnd(std::ifstream& file, std::vector<uint8_t>& bytes, std::size_t reported) {
-  if (reported != 0) append(file, bytes, reported);
-  while (file.peek() != std::ifstream::traits_type::eof()) append(file, bytes, kTailChunk);
+// Appends everything from the current position to the real end: files under
+// /proc report 0 and a file may grow while it is read. A failed read ends the
+// data like the end of the file.
+void readToEnd(int fd, std::vector<uint8_t>& bytes) {
+  uint8_t chunk[kTailChunk];
+  for (;;) {
+    const ssize_t got = ::read(fd, chunk, sizeof chunk);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return;
+    bytes.insert(bytes.end(), chunk, chunk + got);
+  }
 }
 
 }  // namespace
 
 std::vector<uint8_t> TesterSetting::TestCommand::readData(const char* path) {
-  std::ifstream file;
-  // A directory opens as a stream on this platform but yields no bytes;
-  // it is no more a data file than a missing one.
-  if (!kesh::settings::isDirectory(path)) file.open(path, std::ios::in | std::ios::binary);
-  if (!file.is_open()) kesh::fatalCannotOpen(path);
-  file.unsetf(std::ios::skipws);
+  // A directory can be opened for reading but yields no bytes; it is no more
+  // a data file than a missing one.
+  Descriptor file(kesh::settings::isDirectory(path) ? -1 : ::open(path, O_RDONLY | O_CLOEXEC));
+  if (file.get() < 0) kesh::fatalCannotOpen(path);
 
-  const int32_t size = reportedSize(file);
+  const int32_t size = reportedSize(file.get());
   // A size beyond the signed 32-bit range cannot be reserved: like any
   // impossible reservation it aborts the process.
   if (size < 0) std::abort();
   std::vector<uint8_t> bytes;
-  if (size != 0) bytes.reserve(static_cast<std::size_t>(size));
-  readToEnd(file, bytes, static_cast<std::size_t>(size));
+  if (size != 0) bytes = copyMapped(file.get(), static_cast<std::size_t>(size));
+  if (bytes.empty() && size != 0) bytes.reserve(static_cast<std::size_t>(size));
+  readToEnd(file.get(), bytes);
   return bytes;
 }

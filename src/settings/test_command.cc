@@ -13,11 +13,22 @@
 #include "settings/parse_hooks.h"
 #include "settings/tester_setting.h"
 #include "settings/word_split.h"
+#include "testdata/default_cases.h"
 
 namespace {
 
 using TestCommand = TesterSetting::TestCommand;
 using TestSubCommand = TesterSetting::TestSubCommand;
+
+std::vector<uint8_t> copyOf(const kesh::testdata::NamedDatum& datum) {
+  return std::vector<uint8_t>(datum.bytes, datum.bytes + *datum.length);
+}
+
+// Same rule as data given by file: a name already present keeps its data.
+void insertAll(const std::vector<kesh::testdata::NamedDatum>& data,
+               std::map<std::string, std::vector<uint8_t>>& into) {
+  for (const kesh::testdata::NamedDatum& datum : data) into.emplace(datum.argName, copyOf(datum));
+}
 
 void printLine(const std::string& text) { std::cout << text << std::endl; }
 
@@ -154,3 +165,28 @@ void TesterSetting::TestCommand::parseArg(int argc, char** argv) {
     applyOption(*this, option, argv[0]);
   }
 }
+
+std::string TesterSetting::TestCommand::readArgName(const char* path) {
+  std::string name(path);
+  std::string::size_type slash = name.rfind('/');
+  if (slash != std::string::npos) name.erase(0, slash + 1);
+  std::string::size_type dot = name.rfind('.');
+  if (dot != std::string::npos) name.erase(dot);
+  return name;
+}
+
+void TesterSetting::TestCommand::setupDefaultTest(int caseNumber) {
+  std::cout << "Test default case: " << caseNumber << std::endl;
+  // Taken as unsigned, so a negative number is refused as well.
+  if (static_cast<unsigned>(caseNumber) >= kesh::testdata::kDefaultCaseCount) {
+    kesh::fatalError("Invalid mode: " + std::to_string(caseNumber));
+  }
+  const kesh::testdata::DefaultCase& selected = kesh::testdata::defaultCase(static_cast<unsigned>(caseNumber));
+  subCommands.emplace_back(copyOf(selected.pattern));
+  TestSubCommand& added = subCommands.back();
+  insertAll(selected.inputs, added.inputs);
+  insertAll(selected.goldens, added.goldens);
+}
+
+TesterSetting::TestSubCommand::TestSubCommand(std::vector<uint8_t> binary)
+    : patternBinary(std::move(binary)) {}

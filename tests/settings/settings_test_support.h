@@ -1,19 +1,17 @@
-// Scratch files, output capture, and running code that may end the process
-// in a child, for the settings tests. Single-threaded use only.
+// Scratch files and output capture for the settings tests. Single-threaded use only.
 #ifndef KESH_TESTS_SETTINGS_SETTINGS_TEST_SUPPORT_H_
 #define KESH_TESTS_SETTINGS_SETTINGS_TEST_SUPPORT_H_
 
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <stdlib.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iostream>
 #include <sstream>
 #include <string>
+
+#include "common/fatal.h"
 
 namespace kesh::settings::testing {
 
@@ -35,35 +33,37 @@ inline std::string slurp(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
+/// Sends standard output to `sink` while alive, also when a fatal error unwinds through it.
+class StdoutTo {
+ public:
+  explicit StdoutTo(std::ostringstream& sink) : saved_(std::cout.rdbuf(sink.rdbuf())) {}
+  ~StdoutTo() { std::cout.rdbuf(saved_); }
+  StdoutTo(const StdoutTo&) = delete;
+  StdoutTo& operator=(const StdoutTo&) = delete;
+
+ private:
+  std::streambuf* saved_;
+};
+
 /// Runs `body` with standard output captured; returns what it wrote.
 inline std::string captureStdout(const std::function<void()>& body) {
   std::ostringstream out;
-  std::streambuf* saved = std::cout.rdbuf(out.rdbuf());
-  body();
-  std::cout.rdbuf(saved);
+  {
+    StdoutTo redirect(out);
+    body();
+  }
   return out.str();
 }
 
-/// Exit status (or minus the signal) and both streams of a child.
-struct ChildResult {
-  int status;
-  std::string out, err;
+/// What throwIntercepted throws: a fatal error's message and its stream.
+struct Intercepted {
+  FatalStream stream;
+  std::string text;
 };
 
-/// Runs `body` in a forked child whose fd 1 and 2 go to files; status 0 if it returns.
-inline ChildResult runInChild(const std::function<void()>& body) {
-  TempDir dir;
-  std::fflush(nullptr);
-  if (fork() == 0) {
-    dup2(open((dir.path + "/out").c_str(), O_WRONLY | O_CREAT, 0600), 1);
-    dup2(open((dir.path + "/err").c_str(), O_WRONLY | O_CREAT, 0600), 2);
-    body();
-    std::cout.flush();
-    _exit(0);
-  }
-  int raw = 0;
-  wait(&raw);
-  return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -WTERMSIG(raw), slurp(dir.path + "/out"), slurp(dir.path + "/err")};
+/// A fatal handler that throws Intercepted, so a test sees the error and goes on.
+[[noreturn]] inline void throwIntercepted(FatalStream stream, const std::string& text) {
+  throw Intercepted{stream, text};
 }
 
 }  // namespace kesh::settings::testing

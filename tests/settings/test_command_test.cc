@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <sstream>
 #include <thread>
 
 #include "settings/tester_setting.h"
@@ -48,29 +49,40 @@ TEST_F(TestCommandTest, OptionsEchoKeepFirstNodeAndLastGraphValues) {
   EXPECT_EQ(echo, "Set hard limit to 5\nPattern binary: " + p + "\nSet boost value to 10\nSet boost value to 20\n"
                   "Set core affinity to 1\nSet core affinity to 2\nSet soft limit to 3\nSet hard limit to 7\n");
   EXPECT_EQ(command.subCommands.at(0).patternBinary, Bytes({'P', 0, '\n'}));
-  EXPECT_TRUE(boostOf(command, 0) == 10 && command.subCommands[0].nodeOptions.at(PATTERN_NODE_OPTION_CORE_AFFINITY) == 1);
-  EXPECT_TRUE(command.graphOptions.at(PATTERN_GRAPH_OPTION_HARD_LIMIT) == 7 &&
-              command.graphOptions.at(PATTERN_GRAPH_OPTION_SOFT_LIMIT) == 3);
-  EXPECT_TRUE(command.groupIndex == -4 && command.groupLoopCount == 63 && command.pack && !command.randomBoost);
+  EXPECT_EQ(command.subCommands[0].nodeOptions,
+            (std::map<pattern_node_option_type, int32_t>{{PATTERN_NODE_OPTION_BOOST, 10},
+                                                         {PATTERN_NODE_OPTION_CORE_AFFINITY, 1}}));
+  EXPECT_EQ(command.graphOptions, (std::map<pattern_graph_option_type, int32_t>{
+                                      {PATTERN_GRAPH_OPTION_HARD_LIMIT, 7}, {PATTERN_GRAPH_OPTION_SOFT_LIMIT, 3}}));
+  EXPECT_EQ(command.groupIndex, -4);
+  EXPECT_EQ(command.groupLoopCount, 63);
+  EXPECT_TRUE(command.pack);
+  EXPECT_FALSE(command.randomBoost);
   EXPECT_EQ(command.commandLine, line);
   TestCommand ended = build("-l -3 -- -g 5");
-  EXPECT_TRUE(ended.groupLoopCount == -3 && ended.groupIndex == -1);  // -- ends the options
+  EXPECT_EQ(ended.groupLoopCount, -3);
+  EXPECT_EQ(ended.groupIndex, -1);  // -- ends the options
   EXPECT_EQ(build("-l x").groupLoopCount, 0);
 }
 
 TEST_F(TestCommandTest, LastBoostOptionDecidesRandomnessForTheSet) {
   TestCommand fixedLast = build("-f " + p + " -b -1 -f " + p + " -b 7");
-  EXPECT_TRUE(!fixedLast.randomBoost && boostOf(fixedLast, 0) == -1 && boostOf(fixedLast, 1) == 7);
+  EXPECT_FALSE(fixedLast.randomBoost);
+  EXPECT_EQ(boostOf(fixedLast, 0), -1);
+  EXPECT_EQ(boostOf(fixedLast, 1), 7);
   TestCommand randomLast = build("--pat " + p + " --boo=-1");
   EXPECT_EQ(echo, "Pattern binary: " + p + "\nSet boost value to random value\n");
   bool seen[101] = {};
   for (int draw = 0; draw < 3000; ++draw) {
     const std::string out = captureStdout([&] { randomLast.updateRandom(); });
     const int32_t boost = boostOf(randomLast, 0);
-    ASSERT_TRUE(boost >= 0 && boost <= 100 && out == "Random boost value: " + std::to_string(boost) + "\n") << out;
+    ASSERT_GE(boost, 0);
+    ASSERT_LE(boost, 100);
+    ASSERT_EQ(out, "Random boost value: " + std::to_string(boost) + "\n");
     seen[boost] = true;
   }
-  EXPECT_TRUE(seen[0] && seen[100]);
+  EXPECT_TRUE(seen[0]) << "0 never drawn";
+  EXPECT_TRUE(seen[100]) << "100 never drawn";
   EXPECT_EQ(captureStdout([&] { fixedLast.updateRandom(); }) + std::to_string(boostOf(fixedLast, 1)), "7");
 }
 
@@ -83,25 +95,48 @@ TEST_F(TestCommandTest, DataBindsToBaseNameFirstFileWinsBuiltInCaseIsCurrent) {
   EXPECT_EQ(command.subCommands[0].inputs, (std::map<std::string, Bytes>{{"in", {'A'}}}));
   EXPECT_EQ(command.subCommands[0].goldens, (std::map<std::string, Bytes>{{"o", {}}}));
   TestCommand withCase = build("-f " + p + " -t 4 -b 50 -i " + dir.write("GI_65540.bin", "mine"));
-  EXPECT_TRUE(withCase.subCommands[0].nodeOptions.empty() && boostOf(withCase, 1) == 50);
+  EXPECT_TRUE(withCase.subCommands[0].nodeOptions.empty());
+  EXPECT_EQ(boostOf(withCase, 1), 50);
   EXPECT_EQ(withCase.subCommands[1].inputs.at("GI_65540").size(), 11235u);
+  TestCommand twice = build("-t 4 -t 4");
+  twice.subCommands[0].inputs.at("GI_65540")[0] ^= 0xFF;  // each choice owns its copy
+  EXPECT_NE(twice.subCommands[0].inputs, twice.subCommands[1].inputs);
 }
 
-TEST_F(TestCommandTest, BadLinesEndTheProcessWithTheirMessage) {
+TEST_F(TestCommandTest, BadLinesEndWithTheirMessageAfterTheirEcho) {
   const std::string none = dir.path + "/none", open = "Error: cannot open file ";
-  const std::string lines[][3] = {
-      {"-i " + none, "", "No pattern binary found, set pattern binary first!\n"},
-      {"-l 64", "", "Invalid group loop count: 64. Maximum is 64\n"},
-      {"-f ", "prog: option requires an argument -- '102'\n", ""},
-      {"-h", "", "Unknown option: 63\n"},
-      {"-f  " + p, "Pattern binary: \n", open + "\n"},
-      {"-f " + dir.path, "Pattern binary: " + dir.path + "\n", open + dir.path + "\n"},
-      {"-f " + p + " -o " + none, "Pattern binary: " + p + "\nPattern golden 0: " + none + "\n", open + none + "\n"},
+  const FatalStream out = FatalStream::kStdout, err = FatalStream::kStderr;
+  struct Row {
+    std::string line, echo;
+    FatalStream stream;
+    std::string message;
   };
-  for (const auto& c : lines) {
-    ChildResult result = runInChild([&] { TestCommand("prog", c[0]); });
-    EXPECT_TRUE(result.status == 1 && result.out == c[1] && result.err == c[2]) << c[0] << "\n" << result.out << result.err;
+  const Row rows[] = {
+      {"-i " + none, "", err, "No pattern binary found, set pattern binary first!\n"},
+      {"-l 64", "", err, "Invalid group loop count: 64. Maximum is 64\n"},
+      {"-f ", "", out, "prog: option requires an argument -- '102'\n"},
+      {"-h", "", err, "Unknown option: 63\n"},
+      {"-t -1", "Test default case: -1\n", err, "Invalid mode: -1\n"},
+      {"-t 6", "Test default case: 6\n", err, "Invalid mode: 6\n"},
+      {"-f  " + p, "Pattern binary: \n", err, open + "\n"},
+      {"-f " + dir.path, "Pattern binary: " + dir.path + "\n", err, open + dir.path + "\n"},
+      {"-f " + p + " -o " + none, "Pattern binary: " + p + "\nPattern golden 0: " + none + "\n", err,
+       open + none + "\n"},
+  };
+  setFatalHandler(throwIntercepted);
+  for (const Row& row : rows) {
+    std::ostringstream printed;
+    try {
+      StdoutTo redirect(printed);
+      TestCommand("prog", row.line);
+      ADD_FAILURE() << row.line << ": accepted";
+    } catch (const Intercepted& caught) {
+      EXPECT_EQ(caught.stream, row.stream) << row.line;
+      EXPECT_EQ(caught.text, row.message) << row.line;
+    }
+    EXPECT_EQ(printed.str(), row.echo) << row.line;
   }
+  setFatalHandler(nullptr);
 }
 
 TEST_F(TestCommandTest, ReadDataReadsEveryByteWhateverTheReportedSize) {

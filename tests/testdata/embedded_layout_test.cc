@@ -49,13 +49,16 @@ TEST(EmbeddedLayoutTest, EveryDatumIsItsFileFollowedByItsLengthWord) {
       const std::string name = entry.path().stem().string();
       SCOPED_TRACE(elfFile + ": " + name);
       const std::vector<uint8_t> bytes = readFileBytes(entry.path());
-      ASSERT_TRUE(symbols.count(name) && symbols.count(name + "_len"));
+      ASSERT_EQ(symbols.count(name), 1u);
+      ASSERT_EQ(symbols.count(name + "_len"), 1u);
       const Symbol &array = symbols.at(name), &length = symbols.at(name + "_len");
       const bool zero = std::all_of(bytes.begin(), bytes.end(), [](uint8_t b) { return b == 0; });
       ++data;
       (zero ? zeroBytes : storedBytes) += array.size;
       EXPECT_EQ(array.size, bytes.size());
-      EXPECT_TRUE(length.size == 4 && length.type == 'R' && length.address % 4 == 0);
+      EXPECT_EQ(length.size, 4u);
+      EXPECT_EQ(length.type, 'R');
+      EXPECT_EQ(length.address % 4, 0u);
       EXPECT_EQ(array.type, zero ? 'B' : 'R');
       if (!zero) {
         EXPECT_EQ(length.address, array.address + (bytes.size() + 3) / 4 * 4);

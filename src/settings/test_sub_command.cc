@@ -1,6 +1,0 @@
-#include <utility>
-
-#include "settings/tester_setting.h"
-
-TesterSetting::TestSubCommand::TestSubCommand(std::vector<uint8_t> binary)
-    : patternBinary(std::move(binary)) {}
