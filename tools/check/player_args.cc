@@ -70,7 +70,9 @@ std::string unknownOptionWord(const std::string& line) {
   TestCommand scratch(kProgramName, "");  // an empty line: nothing to stop at
   std::vector<char*> argv = scratch.getArgs(words);
   const ToolStop stop = runUntilStop([&] { scratch.parseArg(static_cast<int>(argv.size()), argv.data()); });
-  return stop.stopped ? refusedWord(argv) : "";
+  const std::string word = stop.stopped ? refusedWord(argv) : "";
+  settings::resetScanner();  // `words` end here
+  return word;
 }
 
 class Collector {
@@ -107,6 +109,7 @@ class Collector {
       }
     });
     if (!stop.stopped) return;
+    settings::resetScanner();
     if (!result_.sets.empty() && result_.sets.back().where.line == 0 && !result_.sets.back().built) {
       fail(stop);
       return;
@@ -153,7 +156,9 @@ class Collector {
     }
     settings::forEachCommandLine(fileName, [&](const std::string& line) {
       const ToolStop stop = runUntilStop([&] { finish(TestCommand(programName, line)); });
-      if (stop.stopped) fail(stop);
+      if (!stop.stopped) return;
+      settings::resetScanner();  // the stopped parse left the scanner inside words now gone
+      fail(stop);
     });
   }
 

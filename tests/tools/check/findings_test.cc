@@ -12,8 +12,8 @@ namespace {
 
 struct FindingRow {
   const char* name;
-  std::string commands;           ///< the text of c.txt, checked with --command c.txt
-  std::vector<std::string> args;  ///< used instead when commands is empty
+  std::string commands;           ///< the text of c.txt, if any
+  std::vector<std::string> args;  ///< kesh_player's arguments; none: --command c.txt
   std::string expected;           ///< the whole output
   int status;
 };
@@ -69,6 +69,8 @@ const FindingRow kRows[] = {
      "out.bin\\r\"\n", 1},
     {"UnknownOptionNamed", line("") + line(" --random"), {},
      "c.txt:2: error: unknown option '--random': kesh_player would stop with \"Unknown option: 63\"\n", 1},
+    {"UnknownOptionInCluster", line(" -zq") + line(""), {"--command", "c.txt", "-t", "0"},
+     "c.txt:1: error: unknown option '-zq': kesh_player would stop with \"Unknown option: 63\"\n", 1},
     {"EmptyLineNote", line("") + "\n" + line(""), {},
      "c.txt:2: note: empty line: an empty command set that runs no pattern\n", 0},
     {"ValuesOutOfRange", line(" -b 101 -c 4 -a -1 -s -2"), {},
@@ -116,10 +118,8 @@ class FindingsTest : public CheckTest, public ::testing::WithParamInterface<Find
 TEST_P(FindingsTest, ReportsExactly) {
   const FindingRow& row = GetParam();
   std::vector<std::string> args = row.args;
-  if (!row.commands.empty()) {
-    writeText("c.txt", row.commands);
-    args = {"--command", "c.txt"};
-  }
+  if (!row.commands.empty()) writeText("c.txt", row.commands);
+  if (args.empty()) args = {"--command", "c.txt"};
   const CheckRun run = check(args);
   EXPECT_EQ(run.out, row.expected);
   EXPECT_EQ(run.status, row.status);
