@@ -13,7 +13,7 @@ jobs=${KESH_ARM_JOBS:-$(nproc)}
 
 install_packages() {
   local need=() pkg
-  for pkg in cmake ninja-build g++-arm-linux-gnueabihf qemu-user googletest libhwy-dev; do
+  for pkg in cmake ninja-build g++-arm-linux-gnueabihf qemu-user googletest libhwy-dev nlohmann-json3-dev; do
     dpkg -s "$pkg" >/dev/null 2>&1 || need+=("$pkg")
   done
   if [ ${#need[@]} -gt 0 ]; then

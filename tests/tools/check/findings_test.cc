@@ -1,0 +1,157 @@
+// One row per class of finding, each from a mistake in a command file (or on
+// the command line), with the checker's exact output and exit status.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "check_fixture.h"
+
+namespace kesh::testing {
+namespace {
+
+struct FindingRow {
+  const char* name;
+  std::string commands;           ///< the text of c.txt, if any
+  std::vector<std::string> args;  ///< kesh_player's arguments; none: --command c.txt
+  std::string expected;           ///< the whole output
+  int status;
+};
+
+const char kGood[] = "-f copy.bin -i in.bin -o out.bin";
+const char kLimit[] =
+    "kesh_player would stop with \"Exceed maximum number of commands in one command group, make sure the "
+    "command group size is less than 64\"\n";
+
+std::string line(const std::string& options) { return std::string(kGood) + options + "\n"; }
+
+const FindingRow kRows[] = {
+    {"CleanFileSaysNothing", line("") + line(" -b 100 -c 3 -a 0 -s 0 -l 63"), {}, "", 0},
+    {"ShortGolden", "-f copy.bin -i in.bin -o short/out.bin\n", {},
+     "c.txt:1: error: golden 'short/out.bin' has 8 bytes but argument 'out' has 16: only the first 8 bytes would "
+     "be compared\n", 1},
+    {"EmptyGolden", "-f copy.bin -i in.bin -o empty/out.bin\n", {},
+     "c.txt:1: error: golden 'empty/out.bin' is empty: argument 'out' would pass without being compared\n", 1},
+    {"LongGolden", "-f copy.bin -i in.bin -o long/out.bin\n", {},
+     "c.txt:1: error: golden 'long/out.bin' has 32 bytes but argument 'out' has 16: kesh_player would read past "
+     "the argument's buffer\n", 1},
+    {"LongInput", "-f copy.bin -i long/in.bin -o out.bin\n", {},
+     "c.txt:1: error: input 'long/in.bin' has 4194304 bytes but argument 'in' has 16: kesh_player would write "
+     "past the argument's buffer\n", 1},
+    {"ShortInputWarns", "-f copy.bin -i short/in.bin -o out.bin\n", {},
+     "c.txt:1: warning: input 'short/in.bin' has 8 bytes but argument 'in' has 16: the rest of the buffer keeps "
+     "what the library put there\n", 0},
+    {"DataBoundToNoArgument", line(" -o stray.bin"), {},
+     "c.txt:1: error: golden 'stray.bin' binds to no argument of pattern 'copy.bin' (its arguments: in, out): it "
+     "would be ignored\n", 1},
+    {"DataForNoAllocArgument", "-f noalloc.bin -i in.bin -o out.bin -i lib.bin\n", {},
+     "c.txt:1: error: input 'lib.bin' is for argument 'lib', which the library provides itself (no-alloc): it "
+     "would be ignored\n", 1},
+    {"ArgumentNotSet", "-f copy.bin -o out.bin\n", {},
+     "c.txt:1: warning: argument 'in' of pattern 'copy.bin' has neither input nor golden: it would run on "
+     "uninitialised memory (\"Pattern argument in not set\")\n", 0},
+    {"SecondInputForOneArgument", line(" -i short/in.bin"), {},
+     "c.txt:1: warning: input 'short/in.bin' is ignored: argument 'in' already has input data (the first one "
+     "given wins)\n", 0},
+    {"MissingFile", "-f copy.bin -i in.bin -o gone/out.bin\n", {},
+     "c.txt:1: error: golden 'gone/out.bin' does not exist: kesh_player would stop with \"Error: cannot open file "
+     "gone/out.bin\"\n", 1},
+    {"DirectoryAsPattern", "-f folder.bin\n", {},
+     "c.txt:1: error: pattern 'folder.bin' is a directory: kesh_player would stop with \"Error: cannot open file "
+     "folder.bin\"\n", 1},
+    {"PatternRefused", "-f garbage.bin\n", {},
+     "c.txt:1: error: pattern 'garbage.bin' is refused by the pattern library: kesh_player would stop with "
+     "\"Failed to create pattern\"\n", 1},
+    {"WindowsLineEnd", "-f copy.bin -i in.bin -o out.bin\r\n", {},
+     "c.txt:1: warning: line ends with a carriage return (a Windows line end): kesh_player keeps it in the word "
+     "'out.bin\\r'\n"
+     "c.txt:1: error: golden 'out.bin\\r' does not exist: kesh_player would stop with \"Error: cannot open file "
+     "out.bin\\r\"\n", 1},
+    {"UnknownOptionNamed", line("") + line(" --random"), {},
+     "c.txt:2: error: unknown option '--random': kesh_player would stop with \"Unknown option: 63\"\n", 1},
+    {"UnknownOptionInCluster", line(" -zq") + line(""), {"--command", "c.txt", "-t", "0"},
+     "c.txt:1: error: unknown option '-zq': kesh_player would stop with \"Unknown option: 63\"\n", 1},
+    {"EmptyLineNote", line("") + "\n" + line(""), {},
+     "c.txt:2: note: empty line: an empty command set that runs no pattern\n", 0},
+    {"ValuesOutOfRange", line(" -b 101 -c 4 -a -1 -s -2"), {},
+     "c.txt:1: error: boost value 101 of pattern 'copy.bin' is out of range 0..100 (-1 for random): kesh_player "
+     "would stop with \"Failed to set pattern option 0\"\n"
+     "c.txt:1: error: core affinity 4 of pattern 'copy.bin' is out of range -1..3: kesh_player would stop with "
+     "\"Failed to set pattern option 1\"\n"
+     "c.txt:1: error: hard limit -1 is negative: kesh_player would stop with \"Failed to set graph option 0\"\n"
+     "c.txt:1: error: soft limit -2 is negative: kesh_player would stop with \"Failed to set graph option 1\"\n", 1},
+    {"RandomBoostOverriddenByLaterNumber", std::string(kGood) + " -b -1 " + line(" -b 7"), {},
+     "c.txt:1: error: boost value -1 of pattern 'copy.bin' is not drawn at random, because a later -b gave a "
+     "number: kesh_player would stop with \"Failed to set pattern option 0\"\n", 1},
+    {"GroupLoopCountRefused", line(" -l 64"), {},
+     "c.txt:1: error: kesh_player would stop with \"Invalid group loop count: 64. Maximum is 64\"\n", 1},
+    {"GroupOverSixtyThree", line(" -g 1 -l 40") + line(" -g 1 -l 24"), {},
+     "c.txt:1: note: group 1: 2 command set(s), 64 execution(s) per run\n"
+     "c.txt:2: error: group 1 reaches 64 executions with this command set, more than 63: " + std::string(kLimit) +
+     "<command line>: note: 64 execution(s) per run in 1 group(s); 1 run(s)\n", 1},
+    {"EndlessLoopCount", line(" -l -1"), {}, "c.txt:1: error: loop count -1 repeats this command set without end: " +
+     std::string(kLimit), 1},
+    {"NothingRuns", line(" -l 0"), {},
+     "c.txt:1: warning: loop count 0: this command set would never run\n"
+     "<command line>: error: nothing would run: kesh_player would report \"Test pattern passed!!!\" without "
+     "running a pattern\n", 1},
+    {"IgnoredOptions", "", {"-t", "0", "--versoin", "--h"},
+     "<command line>: error: option '--versoin' is not an option of kesh_player: it would be ignored\n"
+     "<command line>: error: option '--h' is not an option of kesh_player: it would be ignored\n", 1},
+    {"StrayWord", "", {"-t", "0", "stray"},
+     "<command line>: error: word 'stray' is not an option of kesh_player: it would be ignored\n", 1},
+    {"RunCountZero", "", {"-t", "0", "-l", "0"},
+     "<command line>: error: loop count 0: no run would happen, and kesh_player would end with status 0\n", 1},
+    {"HelpRunsNothing", "", {"-t", "0", "-h"},
+     "<command line>: warning: -h: kesh_player would print its help text and run nothing\n", 0},
+    {"MissingCommandFile", "", {"--command", "nosuch.txt", "-t", "4"},
+     "<command line>: error: command file 'nosuch.txt' does not exist: kesh_player would stop with \"Error: "
+     "cannot open file nosuch.txt\"\n", 1},
+    {"BuiltInCaseRefused", "", {"-t", "6"}, "<command line>: error: kesh_player would stop with \"Invalid mode: 6\"\n",
+     1},
+};
+
+void PrintTo(const FindingRow& row, std::ostream* out) { *out << row.name; }
+
+class FindingsTest : public CheckTest, public ::testing::WithParamInterface<FindingRow> {};
+
+TEST_P(FindingsTest, ReportsExactly) {
+  const FindingRow& row = GetParam();
+  std::vector<std::string> args = row.args;
+  if (!row.commands.empty()) writeText("c.txt", row.commands);
+  if (args.empty()) args = {"--command", "c.txt"};
+  const CheckRun run = check(args);
+  EXPECT_EQ(run.out, row.expected);
+  EXPECT_EQ(run.status, row.status);
+  EXPECT_EQ(run.err, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Check, FindingsTest, ::testing::ValuesIn(kRows),
+                         [](const ::testing::TestParamInfo<FindingRow>& row) { return row.param.name; });
+
+// A bad option of the checker's own, or a library that gives no player: nothing is checked.
+TEST_F(CheckTest, CouldNotCheck) {
+  const CheckRun badOption = check({"--cores", "0", "-t", "0"});
+  EXPECT_EQ(badOption.status, 2);
+  EXPECT_EQ(badOption.err.rfind("kesh_check: --cores needs a number from 1 to 256\n", 0), 0u) << badOption.err;
+  const CheckRun noPlayer = check({"-t", "0"}, "keshCreatePlayer@*");
+  EXPECT_EQ(noPlayer.status, 2);
+  EXPECT_EQ(noPlayer.err,
+            "kesh_check: the pattern library gives no player (\"Failed to create player\"): nothing can be checked\n");
+}
+
+// Warnings fail the check only when asked; the JSON form carries the same finding.
+TEST_F(CheckTest, WerrorAndJson) {
+  writeText("c.txt", "-f copy.bin -i short/in.bin -o out.bin\n");
+  EXPECT_EQ(check({"--command", "c.txt"}).status, 0);
+  EXPECT_EQ(check({"--werror", "--command", "c.txt"}).status, 1);
+  const CheckRun json = check({"--json", "--werror", "--command", "c.txt"});
+  EXPECT_EQ(json.status, 1);
+  EXPECT_NE(json.out.find("\"file\": \"c.txt\",\n      \"line\": 1,\n      \"severity\": \"warning\""),
+            std::string::npos)
+      << json.out;
+  EXPECT_NE(json.out.find("\"status\": 1"), std::string::npos) << json.out;
+}
+
+}  // namespace
+}  // namespace kesh::testing
