@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -96,6 +97,7 @@ struct OverrunRow {
   bool write;     ///< copies an input in (else reads a golden's length back)
   size_t excess;  ///< bytes past the argument's size; 0 means one page
 };
+void PrintTo(const OverrunRow& row, std::ostream* out) { *out << row.name; }
 
 constexpr uint32_t kArgSize = 11235;  // not a multiple of any page size
 
