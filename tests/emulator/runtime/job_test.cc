@@ -13,7 +13,7 @@ namespace kesh::runtime {
 namespace {
 
 using namespace kesh::testing;  // NOLINT: the sample patterns and API helpers
-constexpr uint32_t kWidth = 1920, kHeight = 1080;  // long enough to overlap on two cores
+constexpr uint32_t kWidth = 3840, kHeight = 2160;  // long enough to still run when queried
 
 class JobTest : public ::testing::Test {
  protected:
