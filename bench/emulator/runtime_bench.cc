@@ -1,8 +1,6 @@
-// Host library costs: the per-job overhead (play to wait of a trivial
-// pattern, median) against a bare mutex/condition-variable worker pool with as
-// many threads as the library has cores, and 63 compute-heavy jobs in flight.
-// The number of cores is fixed per process (KESH_EMU_CORES); runtime_scaling.sh
-// runs this with 1 core and with all cores.
+// The host library's per-job overhead (play to wait of a trivial pattern,
+// median) against a bare mutex/condition-variable worker pool with as many
+// threads as the library has cores (KESH_EMU_CORES, fixed per process).
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -11,7 +9,6 @@
 #include <cstdlib>
 #include <deque>
 #include <functional>
-#include <initializer_list>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -22,15 +19,6 @@
 namespace {
 
 using namespace kesh::testing;  // NOLINT: the sample patterns and API helpers
-
-/// A built one-node graph of `binary` whose two arguments are bound to `size`-byte memories.
-_pattern_graph* boundGraph(_kesh_player* player, const std::vector<uint8_t>& binary, uint32_t size,
-                           std::initializer_list<uint32_t> indices) {
-  _pattern_node_handle* node = nullptr;
-  _pattern_graph* graph = singleNodeGraph(player, loadPattern(player, binary), &node);
-  for (uint32_t index : indices) bindFilled(player, node, index, size, 7);
-  return graph;
-}
 
 /// The median of `micros` (reordered).
 double median(std::vector<double>& micros) {
@@ -72,15 +60,20 @@ class BarePool {
 
 /// The library's number of cores, as it reads them.
 int libraryCores() {
-  const char* setting = std::getenv("KESH_EMU_CORES");
-  int cores = setting != nullptr ? std::atoi(setting) : 0;
-  if (cores < 1 || cores > 256) cores = static_cast<int>(std::thread::hardware_concurrency());
-  return cores < 1 ? 1 : cores;
+  const int cores = std::getenv("KESH_EMU_CORES") != nullptr ? std::atoi(std::getenv("KESH_EMU_CORES")) : 0;
+  return cores >= 1 && cores <= 256 ? cores : std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
 }
 
-/// One round trip through the bare pool: queue a task, wait for its flag; microseconds.
-double barePoolRoundTrip(BarePool& pool) {
+/// How long `body` takes, in microseconds.
+template <typename Body>
+double micros(Body body) {
   const auto start = std::chrono::steady_clock::now();
+  body();
+  return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// One round trip through the bare pool: queue a task, wait for its flag.
+void barePoolRoundTrip(BarePool& pool) {
   std::mutex mutex;
   std::condition_variable doneCv;
   bool done = false;
@@ -91,16 +84,6 @@ double barePoolRoundTrip(BarePool& pool) {
   });
   std::unique_lock<std::mutex> lock(mutex);
   doneCv.wait(lock, [&] { return done; });
-  return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
-}
-
-/// One play -> wait -> release of `graph`; microseconds.
-double jobRoundTrip(_kesh_player* player, _pattern_graph* graph) {
-  const auto start = std::chrono::steady_clock::now();
-  _pattern_job* job = nullptr;
-  playAndWait(player, graph, &job);
-  keshDestroyPatternJob(job);
-  return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
 }
 
 // A job and a bare-pool task alternately, so that both see the same load on a
@@ -108,34 +91,24 @@ double jobRoundTrip(_kesh_player* player, _pattern_graph* graph) {
 void BM_JobOverheadVsBarePool(benchmark::State& state) {
   static BarePool* pool = new BarePool(libraryCores());  // lives as long as the library's cores do
   _kesh_player* player = keshCreatePlayer("bench");
-  _pattern_graph* graph = boundGraph(player, copyPattern(64, 7, 3), 64, {7, 3});
+  _pattern_node_handle* node = nullptr;
+  _pattern_graph* graph = singleNodeGraph(player, loadPattern(player, copyPattern(64, 7, 3)), &node);
+  bindFilled(player, node, 7, 64, 7);
+  bindFilled(player, node, 3, 64, 0);
   std::vector<double> jobs, bare;
   for (auto _ : state) {
-    jobs.push_back(jobRoundTrip(player, graph));
-    bare.push_back(barePoolRoundTrip(*pool));
+    jobs.push_back(micros([&] {  // play -> wait -> release
+      _pattern_job* job = nullptr;
+      playAndWait(player, graph, &job);
+      keshDestroyPatternJob(job);
+    }));
+    bare.push_back(micros([&] { barePoolRoundTrip(*pool); }));
   }
   state.counters["job_us"] = median(jobs);
   state.counters["bare_us"] = median(bare);
   state.counters["ratio"] = state.counters["job_us"] / state.counters["bare_us"];
 }
 BENCHMARK(BM_JobOverheadVsBarePool);
-
-void BM_SixtyThreeConvJobs(benchmark::State& state) {
-  const uint32_t width = 1920, height = 1080;
-  _kesh_player* player = keshCreatePlayer("bench");
-  const std::vector<uint8_t> binary = convPattern(width, height);
-  std::vector<_pattern_graph*> graphs;
-  for (int i = 0; i < 63; ++i) graphs.push_back(boundGraph(player, binary, width * height, {0, 1}));
-  for (auto _ : state) {
-    std::vector<_pattern_job*> jobs(graphs.size(), nullptr);
-    for (size_t i = 0; i < graphs.size(); ++i) keshPlayPatternGraph(player, graphs[i], 0, &jobs[i]);
-    for (auto* job : jobs) {
-      keshWaitPatternJob(job);
-      keshDestroyPatternJob(job);
-    }
-  }
-}
-BENCHMARK(BM_SixtyThreeConvJobs)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
 
 }  // namespace
 

@@ -8,12 +8,7 @@
 namespace kesh::format {
 namespace {
 
-using kesh::testing::kConst;
-using kesh::testing::kIn;
-using kesh::testing::kOut;
-using kesh::testing::kScratch;
-using kesh::testing::kTmp0;
-using kesh::testing::kTmp1;
+using namespace kesh::testing;  // NOLINT: the sample program's buffers
 
 Op fill(BufferAt dst, uint32_t length, uint32_t value = 0) {
   return makeOp(Opcode::kFill, {{"dst", dst}, {"length", length}, {"value", value}});

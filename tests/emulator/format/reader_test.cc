@@ -33,7 +33,9 @@ std::vector<uint8_t> withU32(std::vector<uint8_t> bytes, size_t offset, uint32_t
 TEST(ReaderTest, DecodesWhatTheWriterWroteWhateverThePaddingHolds) {
   const Program sample = testing::sampleProgram();
   const size_t used = encodedSize(sample);
+  EXPECT_TRUE(encodePattern(sample, static_cast<uint32_t>(used - 1)).empty()) << "a pad below the size is refused";
   std::vector<uint8_t> padded = encodePattern(sample, static_cast<uint32_t>(used + 77));
+  ASSERT_EQ(loadLe32(&padded[kOffTotalSize]), used + 77) << "the total size counts the padding";
   for (size_t i = used; i < padded.size(); ++i) padded[i] = static_cast<uint8_t>(i * 31 + 1);
   Program decoded;
   ASSERT_TRUE(decodes(padded, &decoded));

@@ -60,17 +60,13 @@ TEST_P(MatMulTest, RandomOperandsMatchReferenceForEveryShapeAndRequantisation) {
   }
 }
 
-TEST_P(MatMulTest, ExtremeOperandsFillEveryLaneExactly) {
+TEST_P(MatMulTest, ExtremeOperandsAndLongSumsSaturateTheAccumulatorExactly) {
   // -128 * -128 in both halves of a pair is the one sum of two products that
   // leaves 16 bits; 127 * -128 the most negative.
   for (const auto& [x, y] : {std::pair<uint8_t, uint8_t>{0x80, 0x80}, {0x7F, 0x80}, {0x7F, 0x7F}}) {
-    const size_t M = 9, K = 64, N = 40;
-    const std::vector<uint8_t> a(M * K, x), b(K * N, y);
-    expectMatches(a, b, nullptr, M, K, N, {1, 20, 0}, DType::kI8);
+    expectMatches(std::vector<uint8_t>(9 * 64, x), std::vector<uint8_t>(64 * 40, y), nullptr, 9, 64, 40, {1, 20, 0},
+                  DType::kI8);
   }
-}
-
-TEST_P(MatMulTest, LongSumsSaturateTheAccumulatorExactly) {
   // Past 2^17 terms, -128 * -128 products overflow 32 bits; a second row of
   // alternating signs keeps its sum small. A bias of INT32_MIN pulls back.
   std::mt19937 rng(32);

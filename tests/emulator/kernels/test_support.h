@@ -1,7 +1,6 @@
 // Helpers of the kernel tests: deterministic random data, and a fixture that
 // runs a test once per SIMD target compiled in and supported by this CPU.
-// Not thread-safe: each test owns its generator, and the target choice is
-// process-wide.
+// Not thread-safe: each test owns its generator, and the target is process-wide.
 #ifndef KESH_TESTS_EMULATOR_KERNELS_TEST_SUPPORT_H_
 #define KESH_TESTS_EMULATOR_KERNELS_TEST_SUPPORT_H_
 
@@ -10,7 +9,6 @@
 
 #include <cstdint>
 #include <random>
-#include <string>
 #include <vector>
 
 namespace kesh::kernels::testing {
@@ -32,21 +30,17 @@ class EveryTarget : public ::testing::TestWithParam<int64_t> {
  protected:
   void SetUp() override { hwy::SetSupportedTargetsForTest(GetParam()); }
   void TearDown() override { hwy::SetSupportedTargetsForTest(0); }
-#endif
 };
-
-#ifdef KESH_SIMD_DYNAMIC_DISPATCH
-inline std::vector<int64_t> targetsToTest() { return hwy::SupportedAndGeneratedTargets(); }
+#define KESH_TARGETS_TO_TEST hwy::SupportedAndGeneratedTargets()
 #else
-inline std::vector<int64_t> targetsToTest() { return {HWY_STATIC_TARGET}; }
+};
+#define KESH_TARGETS_TO_TEST std::vector<int64_t>{HWY_STATIC_TARGET}
 #endif
-
-inline std::string targetName(const ::testing::TestParamInfo<int64_t>& info) { return hwy::TargetName(info.param); }
 
 }  // namespace kesh::kernels::testing
 
-#define KESH_INSTANTIATE_FOR_EVERY_TARGET(Suite)                                                         \
-  INSTANTIATE_TEST_SUITE_P(Targets, Suite, ::testing::ValuesIn(::kesh::kernels::testing::targetsToTest()), \
-                           ::kesh::kernels::testing::targetName)
+#define KESH_INSTANTIATE_FOR_EVERY_TARGET(Suite)                                  \
+  INSTANTIATE_TEST_SUITE_P(Targets, Suite, ::testing::ValuesIn(KESH_TARGETS_TO_TEST), \
+                           [](const ::testing::TestParamInfo<int64_t>& target) { return hwy::TargetName(target.param); })
 
 #endif  // KESH_TESTS_EMULATOR_KERNELS_TEST_SUPPORT_H_

@@ -5,10 +5,13 @@
 #include <string>
 #include <thread>
 
-#include "test_patterns.h"
+#include "testing/pattern_calls.h"
+#include "testing/sample_patterns.h"
 
-namespace kesh::runtime::testing {
+namespace kesh::runtime {
 namespace {
+
+using namespace kesh::testing;  // NOLINT: the sample patterns and API helpers
 
 class ApiTest : public ::testing::Test {
  protected:
@@ -91,4 +94,4 @@ TEST_F(ApiTest, OptionsOutOfRangeFailTheSetter) {
 }
 
 }  // namespace
-}  // namespace kesh::runtime::testing
+}  // namespace kesh::runtime

@@ -17,10 +17,13 @@
 #include "runtime/graph.h"
 #include "runtime/job.h"
 #include "runtime/memory.h"
-#include "test_patterns.h"
+#include "testing/pattern_calls.h"
+#include "testing/sample_patterns.h"
 
-namespace kesh::runtime::testing {
+namespace kesh::runtime {
 namespace {
+
+using namespace kesh::testing;  // NOLINT: the sample patterns and API helpers
 
 constexpr HandleId kPlayerId = 1000, kGraphId = 1001;
 constexpr uint32_t kSize = 64;
@@ -103,47 +106,33 @@ TEST(PlanCacheTest, PlaysShareThePlanUntilANodeChanges) {
 
 /// Holds every core that takes a task until `expected` tasks have been taken
 /// (or ten seconds passed, which only a dispatcher that serialises them lets
-/// happen), and records who took what.
-class Rendezvous {
- public:
-  explicit Rendezvous(size_t expected) : expected_(expected) {}
+/// happen), and records who took what. Read it once the job has ended.
+struct Rendezvous {
   void arrive(int core) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    cores_.push_back(core);
-    allArrived_.notify_all();
-    if (!allArrived_.wait_for(lock, std::chrono::seconds(10), [this] { return cores_.size() >= expected_; })) {
-      ++timedOut_;
-    }
+    std::unique_lock<std::mutex> lock(mutex);
+    cores.push_back(core);
+    allArrived.notify_all();
+    timedOut += !allArrived.wait_for(lock, std::chrono::seconds(10), [this] { return cores.size() >= expected; });
   }
-  std::vector<int> cores() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return cores_;
-  }
-  int timedOut() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return timedOut_;
-  }
-
- private:
-  const size_t expected_;
-  std::mutex mutex_;
-  std::condition_variable allArrived_;
-  std::vector<int> cores_;
-  int timedOut_ = 0;
+  const size_t expected = 2;  // the nodes of the pack
+  std::mutex mutex;
+  std::condition_variable allArrived;
+  std::vector<int> cores;
+  int timedOut = 0;
 };
 
 TEST(DispatchTest, PackedNodesAreHandedToDifferentCoresAtOnce) {
-  static Rendezvous* meeting = new Rendezvous(2);  // outlives the pool's threads
+  static Rendezvous* meeting = new Rendezvous;  // outlives the pool's threads
   static CorePool* pool = new CorePool(2);         // never destroyed, as the library's own
   pool->setDispatchHook([](int core) { meeting->arrive(core); });
   TestGraph graph(2, {{1, 2}});
   auto job = std::make_shared<Job>(std::make_shared<Player>(), graph.plan(), JobLimits{});
   job->start(*pool);
   EXPECT_EQ(job->wait(), 0);
-  EXPECT_EQ(meeting->timedOut(), 0) << "a packed node waited for the other to finish";
-  const std::vector<int> cores = meeting->cores();
-  EXPECT_EQ(std::set<int>(cores.begin(), cores.end()).size(), 2u) << cores.size() << " tasks taken";
+  std::lock_guard<std::mutex> lock(meeting->mutex);
+  EXPECT_EQ(meeting->timedOut, 0) << "a packed node waited for the other to finish";
+  EXPECT_EQ(std::set<int>(meeting->cores.begin(), meeting->cores.end()).size(), 2u) << meeting->cores.size() << " tasks";
 }
 
 }  // namespace
-}  // namespace kesh::runtime::testing
+}  // namespace kesh::runtime

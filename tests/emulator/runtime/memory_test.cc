@@ -1,8 +1,8 @@
 // Device memory: the host mapping and the device buffer are distinct, and
-// only flush and invalidate bridge them; what a job sees is what was applied.
+// only flush and invalidate bridge them; what a job sees is what was applied;
+// an access past a mapping faults at once.
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -11,11 +11,14 @@
 #include <string>
 #include <vector>
 
-#include "test_patterns.h"
+#include "testing/child_process.h"
+#include "testing/pattern_calls.h"
+#include "testing/sample_patterns.h"
 
-namespace kesh::runtime::testing {
+namespace kesh::runtime {
 namespace {
 
+using namespace kesh::testing;  // NOLINT: the sample patterns and API helpers
 constexpr uint32_t kSize = 64;
 using Bytes = std::vector<uint8_t>;
 
@@ -48,43 +51,33 @@ class MemoryTest : public ::testing::Test {
   uint8_t* inHost_ = nullptr;
 };
 
-TEST_F(MemoryTest, FreshMemoryIsZeroAndOnlyFlushAndInvalidateMoveData) {
-  EXPECT_EQ(hostBytes(out_), Bytes(kSize, 0));
+TEST_F(MemoryTest, OnlyFlushInvalidateAndUpdateMoveDataOrArguments) {
+  EXPECT_EQ(hostBytes(out_), Bytes(kSize, 0)) << "fresh memory is zero";
   std::memset(inHost_, 0x42, kSize);
   std::memset(keshMapMem(out_), 0x33, kSize);
   play();
   ASSERT_EQ(keshInvalidateMem(out_), 0);
   EXPECT_EQ(hostBytes(out_), Bytes(kSize, 0)) << "the device saw its own zeros, not the unflushed input";
   ASSERT_EQ(keshFlushMem(in_), 0);
-  play();
-  EXPECT_EQ(hostBytes(out_), Bytes(kSize, 0)) << "the host sees device writes only after invalidate";
-  ASSERT_EQ(keshInvalidateMem(out_), 0);
-  EXPECT_EQ(hostBytes(out_), Bytes(kSize, 0x42));
-  ASSERT_EQ(keshUnmapMem(out_), 0);
-  EXPECT_NE(keshInvalidateMem(out_), 0) << "nothing to copy into once unmapped";
-}
-
-TEST_F(MemoryTest, UpdateAppliesNewArgumentsToLaterPlays) {
   _kesh_mem* other = bindFilled(player_, node_, 3, kSize, 0);
-  ASSERT_NE(other, nullptr);
-  std::memset(inHost_, 0x11, kSize);
-  ASSERT_EQ(keshFlushMem(in_), 0);
   ASSERT_EQ(keshSetPatternNodeArg(node_, 3, out_, kSize), 0);  // staged only: `other` stays applied
   play();
-  ASSERT_EQ(keshInvalidateMem(out_) | keshInvalidateMem(other), 0);
-  EXPECT_EQ(hostBytes(out_), Bytes(kSize, 0));
-  EXPECT_EQ(hostBytes(other), Bytes(kSize, 0x11));
+  EXPECT_EQ(hostBytes(other), Bytes(kSize, 0)) << "the host sees device writes only after invalidate";
+  ASSERT_EQ(keshInvalidateMem(other) | keshInvalidateMem(out_), 0);
+  EXPECT_EQ(hostBytes(other), Bytes(kSize, 0x42));
+  EXPECT_EQ(hostBytes(out_), Bytes(kSize, 0)) << "a staged argument waits for the update";
   ASSERT_EQ(keshUpdatePatternNode(node_), 0);
   play();
   ASSERT_EQ(keshInvalidateMem(out_), 0);
-  EXPECT_EQ(hostBytes(out_), Bytes(kSize, 0x11));
+  EXPECT_EQ(hostBytes(out_), Bytes(kSize, 0x42)) << "the update applies to later plays";
+  ASSERT_EQ(keshUnmapMem(out_), 0);
+  EXPECT_NE(keshInvalidateMem(out_), 0) << "nothing to copy into once unmapped";
 }
 
 TEST(NoAllocTest, NoAllocArgumentsStartZeroedOnEveryRun) {
   _kesh_player* player = keshCreatePlayer("KESH pattern tester");
   _pattern_node_handle* node = nullptr;
   _pattern_graph* graph = singleNodeGraph(player, loadPattern(player, scratchPattern(kSize)), &node);
-  ASSERT_NE(graph, nullptr);
   ASSERT_NE(bindFilled(player, node, 0, kSize, 5), nullptr);
   _kesh_mem* out = bindFilled(player, node, 2, kSize, 0);
   EXPECT_NE(keshSetPatternNodeArg(node, 9, out, kSize), 0) << "the library owns no-alloc arguments";
@@ -99,56 +92,47 @@ TEST(NoAllocTest, NoAllocArgumentsStartZeroedOnEveryRun) {
 // A program that copies more than an argument's size into its mapping, or
 // reads more back, must fault on the first byte past the mapping, in the
 // trailing guard page, before it can corrupt anything behind it.
-enum class Access { kWriteInput, kReadGolden };
-
 struct OverrunRow {
   const char* name;
-  Access access;
+  bool write;     ///< copies an input in (else reads a golden's length back)
   size_t excess;  ///< bytes past the argument's size; 0 means one page
 };
 void PrintTo(const OverrunRow& row, std::ostream* out) { *out << row.name; }
 
 constexpr uint32_t kArgSize = 11235;  // not a multiple of any page size
-int faultPipe = -1;
 
 void reportFault(int, siginfo_t* info, void*) {
   const uintptr_t address = reinterpret_cast<uintptr_t>(info->si_addr);
-  ssize_t ignored = write(faultPipe, &address, sizeof address);
-  (void)ignored;
-  _exit(0);
+  _exit(write(1, &address, sizeof address) == sizeof address ? 0 : 4);
 }
 
-// In a child: maps an argument's memory, overruns it, and reports through the
-// pipe the mapping's address and then the faulting address (none without a fault).
-[[noreturn]] void overrunInChild(const OverrunRow& row, size_t excess) {
+// In a child: writes the mapping's address, overruns it, and writes the
+// faulting address (none without a fault).
+int overrun(const OverrunRow& row, size_t excess) {
   struct sigaction action = {};
   action.sa_sigaction = reportFault;
   action.sa_flags = SA_SIGINFO;
   sigaction(SIGSEGV, &action, nullptr);
-  _kesh_player* player = keshCreatePlayer("KESH pattern tester");
-  _kesh_mem* mem = keshCreateMem(player, kArgSize, "in");
+  _kesh_mem* mem = keshCreateMem(keshCreatePlayer("KESH pattern tester"), kArgSize, "in");
   auto* addr = static_cast<uint8_t*>(keshMapMem(mem));
   const uintptr_t mapped = reinterpret_cast<uintptr_t>(addr);
-  if (addr == nullptr || write(faultPipe, &mapped, sizeof mapped) != sizeof mapped) _exit(3);
+  if (addr == nullptr || write(1, &mapped, sizeof mapped) != sizeof mapped) return 3;
   std::vector<uint8_t> bytes(kArgSize + excess, 0x6b);
-  if (row.access == Access::kWriteInput) {
+  if (row.write) {
     std::memmove(addr, bytes.data(), bytes.size());  // as the tool copies an input
     keshFlushMem(mem);
   } else {
     keshInvalidateMem(mem);
     std::memcpy(bytes.data(), addr, bytes.size());  // as the tool reads a golden's length back
   }
-  _exit(2);
+  return 2;
 }
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kAddressSanitized = true;  // it checks the copy's whole range itself, before the copy
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool kAddressSanitized = true;
-#else
-constexpr bool kAddressSanitized = false;
+#ifndef __has_feature
+#define __has_feature(x) 0  // compilers without it
 #endif
+#if defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
+constexpr bool kAddressSanitized = true;  // it checks the copy's whole range itself, before the copy
 #else
 constexpr bool kAddressSanitized = false;
 #endif
@@ -159,41 +143,24 @@ TEST_P(GuardPageTest, OverrunFaultsInTheGuardPageAfterTheMapping) {
   if (kAddressSanitized) GTEST_SKIP() << "the sanitizer reports the overrun in its own way";
   const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
   const size_t excess = GetParam().excess == 0 ? page : GetParam().excess;
-  int fds[2];
-  ASSERT_EQ(pipe(fds), 0);
-  const pid_t child = fork();
-  ASSERT_NE(child, -1);
-  if (child == 0) {
-    close(fds[0]);
-    faultPipe = fds[1];
-    overrunInChild(GetParam(), excess);
-  }
-  close(fds[1]);
-  uintptr_t mapped = 0;
-  uintptr_t fault = 0;
-  const bool gotMapping = read(fds[0], &mapped, sizeof mapped) == sizeof mapped;
-  const bool gotFault = read(fds[0], &fault, sizeof fault) == sizeof fault;
-  close(fds[0]);
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_TRUE(gotMapping) << "the child could not map memory; status " << status;
-  ASSERT_TRUE(gotFault) << "no fault: the child ended with status " << status << " after overrunning by " << excess;
-  const uintptr_t guard = mapped + kArgSize;
+  ChildTask task;
+  task.body = [&] { return overrun(GetParam(), excess); };
+  const ChildResult child = runChild(task);
+  uintptr_t addresses[2] = {};  // the mapping, then the fault
+  ASSERT_EQ(child.out.size(), sizeof addresses) << "status " << child.status << " signal " << child.signal;
+  std::memcpy(addresses, child.out.data(), sizeof addresses);
+  const uintptr_t guard = addresses[0] + kArgSize, fault = addresses[1];
   EXPECT_EQ(guard % page, 0u) << "the mapping does not end at a page boundary";
   EXPECT_GE(fault, guard) << "fault " << std::hex << fault << " before the guard page at " << guard;
   EXPECT_LT(fault, guard + page) << "fault " << std::hex << fault << " past the guard page at " << guard;
 }
 
 const OverrunRow kOverruns[] = {
-    {"InputOneByteLonger", Access::kWriteInput, 1},
-    {"InputOnePageLonger", Access::kWriteInput, 0},
-    {"InputOneMebibyteLonger", Access::kWriteInput, 1 << 20},
-    {"GoldenOneByteLonger", Access::kReadGolden, 1},
-    {"GoldenOnePageLonger", Access::kReadGolden, 0},
-    {"GoldenOneMebibyteLonger", Access::kReadGolden, 1 << 20},
+    {"InputOneByteLonger", true, 1},   {"InputOnePageLonger", true, 0},   {"InputOneMebibyteLonger", true, 1 << 20},
+    {"GoldenOneByteLonger", false, 1}, {"GoldenOnePageLonger", false, 0}, {"GoldenOneMebibyteLonger", false, 1 << 20},
 };
 INSTANTIATE_TEST_SUITE_P(Overruns, GuardPageTest, ::testing::ValuesIn(kOverruns),
                          [](const ::testing::TestParamInfo<OverrunRow>& row) { return std::string(row.param.name); });
 
 }  // namespace
-}  // namespace kesh::runtime::testing
+}  // namespace kesh::runtime

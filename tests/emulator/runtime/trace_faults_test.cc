@@ -12,13 +12,16 @@
 #include <thread>
 #include <vector>
 
-#include "test_patterns.h"
+#include "testing/pattern_calls.h"
+#include "testing/sample_patterns.h"
 #include "testing/child_process.h"
 #include "testing/read_file.h"
 #include "testing/temp_dir.h"
 
-namespace kesh::runtime::testing {
+namespace kesh::runtime {
 namespace {
+
+using namespace kesh::testing;  // NOLINT: the sample patterns and API helpers
 
 /// What a child with KESH_EMU_TRACE and KESH_EMU_FAIL set printed and traced.
 struct Traced {
@@ -27,19 +30,19 @@ struct Traced {
 };
 
 Traced traceOfChild(const char* fail, const std::function<void()>& body) {
-  const kesh::testing::TempDir dir;
-  kesh::testing::ChildTask task;
+  const TempDir dir;
+  ChildTask task;
   task.body = [&] {
     body();
     return 0;
   };
   task.env = {{"KESH_EMU_TRACE", dir.path() + "/trace.log"}, {"KESH_EMU_FAIL", fail}};
-  const kesh::testing::ChildResult child = kesh::testing::runChild(task);
+  const ChildResult child = runChild(task);
   Traced traced{child.out, {}};
   if (child.status != 0) {
     traced.out = "status " + std::to_string(child.status) + " signal " + std::to_string(child.signal);
   }
-  std::istringstream in(kesh::testing::readFile(dir.path() + "/trace.log"));
+  std::istringstream in(readFile(dir.path() + "/trace.log"));
   for (std::string line; std::getline(in, line);) traced.lines.push_back(line);
   return traced;
 }
@@ -88,4 +91,4 @@ TEST(TraceTest, ConcurrentCallsNeverInterleaveLines) {
 }
 
 }  // namespace
-}  // namespace kesh::runtime::testing
+}  // namespace kesh::runtime
