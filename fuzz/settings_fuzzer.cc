@@ -1,10 +1,7 @@
-// Feeds command lines through the tool's own parsers. The input's first line
-// is the program's argument vector (words cut at blanks); every further line
-// is a line of a command file, parsed on its own and again as the content of
-// each --command file the arguments name. Fatal errors are thrown by the
-// handler and caught per line, data files are never opened (the hook returns
-// a few bytes), so nothing but the parsing itself is exercised.
-#include <cstddef>
+// The input's first line is the tool's argument vector; every further line is
+// a command-file line, parsed on its own and as each --command file named.
+// Fatal errors are thrown and caught per line and data files are never opened,
+// so only the parsing itself is exercised.
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
@@ -19,13 +16,11 @@
 
 namespace {
 
-// Built-in cases are copied whole: more than this many per input, or the
-// 8 MB case, only measure the allocator (every case takes the same path).
+// Built-in cases are copied whole: more of them, or the 8 MB one, only load the allocator.
 constexpr int kMaxBuiltInCases = 2;
 constexpr int kLargestCase = 5;
 
 struct Intercepted {};
-
 [[noreturn]] void throwIntercepted(kesh::FatalStream, const std::string&) { throw Intercepted{}; }
 
 std::vector<std::string> split(const std::string& text, char separator) {
