@@ -1,13 +1,11 @@
 #!/usr/bin/env bash
-# Manual checks in fresh Debian 12 roots (need root and debootstrap; not run by ctest).
+# Manual checks in fresh Debian 12 roots; need root and debootstrap (not run by ctest).
 # Usage: chroot_test.sh packages PACKAGE_DIR BASE_ROOT
-#          each .deb installed as a user's machine gets it: the host library in a
-#          private folder the system's loader does not know, the development files
-#          beside it, kesh_player -t 0 passing without LD_LIBRARY_PATH, and a
-#          stand-in vendor libkesh_pattern_25.so in the system folder winning over it
-#        chroot_test.sh readme BASE_ROOT
-#          README's first command, word for word, on a copy of the committed tree
-# BASE_ROOT is made with debootstrap (minbase bookworm) if missing.
+#          each .deb installed as on a user's machine: the host library in a private folder the
+#          system's loader does not know, development files beside it, kesh_player -t 0 passing
+#          without LD_LIBRARY_PATH, and a stand-in vendor library in the system folder winning
+#        chroot_test.sh readme BASE_ROOT: README's first command, word for word, on the committed tree
+# BASE_ROOT (minbase bookworm) is made with debootstrap if missing.
 set -euo pipefail
 mode=$1
 [ "$mode" = packages ] && { packages=$(cd "$2" && pwd); shift; }
@@ -60,7 +58,7 @@ grep -q "^libdir=.*/kesh_pattern_host\$" "$root/usr/lib/$triplet/pkgconfig/kesh_
 root=$(install_into tools libkesh-pattern-host kesh-player)
 out=$(in_root "$root" 'kesh_player -t 0' 2>&1) || fail "kesh_player -t 0 exits $?: $out"
 [ "$(tail -n 1 <<<"$out")" = "Test pattern passed!!!" ] || fail "kesh_player -t 0 did not pass: $out"
-in_root "$root" 'ldd /usr/libexec/kesh_player/kesh_player' | grep -q 'libkesh_pattern_25.so => not found' ||
+grep -q 'libkesh_pattern_25.so => not found' <<<"$(in_root "$root" 'ldd /usr/libexec/kesh_player/kesh_player')" ||
   fail "the player proper finds a library of its own, not through the system's loader"
 
 # A vendor library stand-in: the device library's soname and symbol version,
