@@ -36,9 +36,9 @@ std::string numberHandlesPerKind(const std::string& trace);
 class PlayerTest : public ::testing::Test {
  protected:
   /// Writes `bytes` to the file `name` of the scratch folder, making its folder.
-  void writeFile(const std::string& name, const std::vector<uint8_t>& bytes);
+  void writeFile(const std::string& name, const std::vector<uint8_t>& bytes) { scratch_.write(name, bytes); }
   /// Writes `text` to the file `name` of the scratch folder.
-  void writeText(const std::string& name, const std::string& text);
+  void writeText(const std::string& name, const std::string& text) { scratch_.write(name, text); }
   /// Writes copy.bin (out = in over `size` bytes), in.bin and the golden
   /// `golden`, whose bytes at `flips` are XORed with 0x5a.
   void writeCopyCase(uint32_t size, const std::vector<size_t>& flips = {}, const std::string& golden = "out.bin");
@@ -46,7 +46,7 @@ class PlayerTest : public ::testing::Test {
   /// KESH_EMU_FAIL value, "" for none.
   PlayerRun run(const std::vector<std::string>& args, const std::string& failing = "");
 
-  TempDir scratch_;                      ///< owns the scratch folder
+  TempDir scratch_;                          ///< owns the scratch folder
   const std::string dir_ = scratch_.path();  ///< the scratch folder
 };
 
