@@ -26,9 +26,9 @@ bool redirect(int target, const std::string& path, int flags) {
 
 // The child's side: never returns.
 [[noreturn]] void becomeChild(const ChildTask& task, const TempDir& streams) {
-  if (!redirect(0, streams.path() + "/in", O_RDONLY) ||
-      !redirect(1, streams.path() + "/out", O_WRONLY | O_CREAT | O_TRUNC) ||
-      !redirect(2, streams.path() + "/err", O_WRONLY | O_CREAT | O_TRUNC)) {
+  const int writing = O_WRONLY | O_CREAT | O_TRUNC;
+  if (!redirect(0, streams.path() + "/in", O_RDONLY) || !redirect(1, streams.path() + "/out", writing) ||
+      !redirect(2, streams.path() + "/err", writing)) {
     _exit(127);
   }
   if (!task.dir.empty() && chdir(task.dir.c_str()) != 0) {
@@ -36,11 +36,7 @@ bool redirect(int target, const std::string& path, int flags) {
     _exit(127);
   }
   for (const auto& [name, value] : task.env) {
-    if (value) {
-      setenv(name.c_str(), value->c_str(), 1);
-    } else {
-      unsetenv(name.c_str());
-    }
+    static_cast<void>(value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str()));
   }
   if (task.argv.empty()) {
     const int status = task.body();
@@ -67,25 +63,14 @@ ChildResult runChild(const ChildTask& task) {
   std::fflush(nullptr);
   const pid_t pid = fork();
   if (pid == 0) becomeChild(task, streams);
-  ChildResult result;
-  if (pid < 0) {
-    result.err = std::string("fork: ") + std::strerror(errno) + "\n";
-    return result;
-  }
   int raw = 0;
-  pid_t waited = 0;
-  do {
-    waited = waitpid(pid, &raw, 0);
-  } while (waited < 0 && errno == EINTR);
-  if (waited != pid) {
-    result.err = std::string("waitpid: ") + std::strerror(errno) + "\n";
-    return result;
+  pid_t waited = pid < 0 ? pid : waitpid(pid, &raw, 0);
+  while (pid > 0 && waited < 0 && errno == EINTR) waited = waitpid(pid, &raw, 0);
+  if (pid < 0 || waited != pid) {
+    return {-1, 0, "", std::string(pid < 0 ? "fork: " : "waitpid: ") + std::strerror(errno) + "\n"};
   }
-  if (WIFEXITED(raw)) result.status = WEXITSTATUS(raw);
-  if (WIFSIGNALED(raw)) result.signal = WTERMSIG(raw);
-  result.out = readFile(streams.path() + "/out");
-  result.err = readFile(streams.path() + "/err");
-  return result;
+  return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, WIFSIGNALED(raw) ? WTERMSIG(raw) : 0,
+          readFile(streams.path() + "/out"), readFile(streams.path() + "/err")};
 }
 
 }  // namespace kesh::testing

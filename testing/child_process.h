@@ -1,7 +1,6 @@
-// Runs a program, or a piece of code, in a child process with its standard
-// streams captured: for code that ends the process, reads its settings from the
-// environment once per process, or is a whole program. Blocks until the child
-// ends. Safe from any thread, but the child inherits only the calling thread.
+// Runs a program, or code that ends the process or reads settings once per process, in a child
+// with its standard streams captured; blocks until it ends. Safe from any thread (the child
+// inherits only the calling thread).
 #ifndef KESH_TESTING_CHILD_PROCESS_H_
 #define KESH_TESTING_CHILD_PROCESS_H_
 
@@ -35,8 +34,7 @@ struct ChildResult {
   std::string err;  ///< standard error
 };
 
-/// Runs `task` in a new process and waits for it. A program that cannot be
-/// started ends with status 127 and a line on standard error.
+/// Runs `task` in a new process and waits for it; a program that cannot start ends with status 127.
 ChildResult runChild(const ChildTask& task);
 
 }  // namespace kesh::testing

@@ -5,20 +5,14 @@
 namespace kesh::testing {
 namespace {
 
-using format::BinaryFunc;
-using format::DType;
-using format::makeOp;
-using format::Op;
-using format::Opcode;
-using format::UnaryFunc;
+using namespace format;  // NOLINT: the builder's vocabulary reads best unqualified
 
-std::vector<uint8_t> encode(std::vector<format::ArgSpec> args, std::vector<Op> ops,
-                            std::vector<uint8_t> constData = {}) {
-  format::Program program;
+std::vector<uint8_t> encode(std::vector<ArgSpec> args, std::vector<Op> ops, std::vector<uint8_t> constData = {}) {
+  Program program;
   program.args = std::move(args);
   program.ops = std::move(ops);
   program.constData = std::move(constData);
-  return format::encodePattern(program);
+  return encodePattern(program);
 }
 
 }  // namespace
@@ -53,8 +47,8 @@ std::vector<uint8_t> scratchPattern(uint32_t size) {
 }
 
 std::vector<uint8_t> convPattern(uint32_t width, uint32_t height) {
-  std::vector<uint8_t> ones(50, 0);
-  for (size_t i = 0; i < 25; ++i) ones[2 * i] = 1;
+  std::vector<uint8_t> ones(50, 0);  // 25 i16 ones
+  for (size_t i = 0; i < 50; i += 2) ones[i] = 1;
   return encode({{0, width * height, false, "src"}, {1, width * height, false, "dst"}},
                 {makeOp(Opcode::kConv2D, {{"dst", argRef(1)}, {"dst_stride", width}, {"src", argRef(0)},
                                           {"src_stride", width}, {"width", width}, {"height", height},
@@ -66,12 +60,8 @@ format::Program sampleProgram() {
   format::Program program;
   program.args = {{0, 3072, false, "in"}, {1, 3072, false, "out"}, {7, 256, true, "scratch"}};
   program.internalSizes = {3072, 64};
-  program.constData.assign(304, 0);
-  const int16_t kernel[9] = {1, 2, 1, 2, 4, 2, 1, 2, -1};
-  for (int i = 0; i < 9; ++i) {
-    program.constData[2 * i] = static_cast<uint8_t>(kernel[i]);
-    program.constData[2 * i + 1] = static_cast<uint8_t>(static_cast<uint16_t>(kernel[i]) >> 8);
-  }
+  program.constData = {1, 0, 2, 0, 1, 0, 2, 0, 4, 0, 2, 0, 1, 0, 2, 0, 0xff, 0xff};  // i16 {1,2,1,2,4,2,1,2,-1}
+  program.constData.resize(304, 0);
   for (int i = 0; i < 256; ++i) program.constData[32 + i] = static_cast<uint8_t>(255 - i);
   program.constData[288] = 0x10;
   program.constData[303] = 0x80;

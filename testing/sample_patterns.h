@@ -30,12 +30,10 @@ uint32_t argRef(uint32_t position);
 /// A copy of `length` bytes from argument position `src` to position `dst`.
 format::Op copyOp(uint32_t dst, uint32_t src, uint32_t length);
 
-/// Arguments "in" (index `inIndex`) and "out" (index `outIndex`) of `size`
-/// bytes; out = in.
+/// Arguments "in" (index `inIndex`) and "out" (index `outIndex`) of `size` bytes; out = in.
 std::vector<uint8_t> copyPattern(uint32_t size, uint32_t inIndex = 0, uint32_t outIndex = 1);
 
-/// An int8 product c[m][n] of a[m][k] and b[k][n] (arguments named so,
-/// indices 0, 1, 2), heavy enough to keep a core busy for a while.
+/// An int8 product c[m][n] of a[m][k] and b[k][n] (arguments so named, indices 0, 1, 2): heavy work.
 std::vector<uint8_t> matMulPattern(uint32_t m, uint32_t k, uint32_t n);
 
 /// Arguments "in" (0), "scratch" (9, no-alloc) and "out" (2): out = in +
@@ -43,8 +41,7 @@ std::vector<uint8_t> matMulPattern(uint32_t m, uint32_t k, uint32_t n);
 /// on every run only if scratch starts zeroed on every run.
 std::vector<uint8_t> scratchPattern(uint32_t size);
 
-/// Arguments "src" (0) and "dst" (1), a u8 plane of width x height each: a
-/// 5x5 box convolution, enough work to keep a core busy for a while.
+/// Arguments "src" (0) and "dst" (1), u8 planes of width x height: a 5x5 box convolution, heavy work.
 std::vector<uint8_t> convPattern(uint32_t width, uint32_t height);
 
 /// Buffers of sampleProgram().
@@ -55,10 +52,9 @@ inline constexpr uint32_t kTmp0 = format::bufferRef(format::Space::kInternal, 0)
 inline constexpr uint32_t kTmp1 = format::bufferRef(format::Space::kInternal, 1);
 inline constexpr uint32_t kConst = format::bufferRef(format::Space::kConst, 0);
 
-/// A valid program that uses every opcode. Arguments in (3072 bytes), out
-/// (3072), scratch (256, no-alloc); internal buffers of 3072 and 64 bytes;
-/// constant data: a 3x3 i16 kernel at 0, a 256-byte table at 32 and four i32
-/// biases at 288 (304 bytes in all).
+/// A valid program that uses every opcode. Arguments in (3072 bytes), out (3072), scratch (256,
+/// no-alloc); internal buffers of 3072 and 64 bytes; constant data (304 bytes): a 3x3 i16 kernel
+/// at 0, a 256-byte table at 32 and four i32 biases at 288.
 format::Program sampleProgram();
 
 }  // namespace kesh::testing

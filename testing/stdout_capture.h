@@ -4,13 +4,21 @@
 #define KESH_TESTING_STDOUT_CAPTURE_H_
 
 #include <functional>
+#include <iostream>
+#include <sstream>
 #include <string>
 
 namespace kesh::testing {
 
 /// Runs `body` with std::cout redirected; returns what it wrote. The stream's
 /// format flags are left as `body` left them.
-std::string captureStdout(const std::function<void()>& body);
+inline std::string captureStdout(const std::function<void()>& body) {
+  std::ostringstream captured;
+  std::streambuf* const saved = std::cout.rdbuf(captured.rdbuf());
+  body();
+  std::cout.rdbuf(saved);
+  return captured.str();
+}
 
 }  // namespace kesh::testing
 

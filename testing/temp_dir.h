@@ -3,7 +3,13 @@
 #ifndef KESH_TESTING_TEMP_DIR_H_
 #define KESH_TESTING_TEMP_DIR_H_
 
+#include <unistd.h>
+
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -13,20 +19,37 @@ namespace kesh::testing {
 class TempDir {
  public:
   /// Makes the folder; aborts the process if it cannot.
-  TempDir();
+  TempDir() : path_((std::filesystem::temp_directory_path() / "kesh_test_XXXXXX").string()) {
+    if (mkdtemp(path_.data()) == nullptr) fail(path_);
+  }
   /// Removes the folder and everything in it.
-  ~TempDir();
+  ~TempDir() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
   TempDir(const TempDir&) = delete;
   TempDir& operator=(const TempDir&) = delete;
 
   /// The folder's absolute path, without a trailing slash.
   const std::string& path() const { return path_; }
   /// Writes `content` to `name` (relative, may hold folders, made as needed); returns its path.
-  std::string write(const std::string& name, const std::string& content) const;
+  std::string write(const std::string& name, const std::string& content) const {
+    const std::filesystem::path file = std::filesystem::path(path_) / name;
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream out(file, std::ios::binary);
+    if (!(out << content).flush()) fail(file.string());
+    return file.string();
+  }
   /// Writes `bytes` to `name` as write() does; returns its path.
-  std::string write(const std::string& name, const std::vector<uint8_t>& bytes) const;
+  std::string write(const std::string& name, const std::vector<uint8_t>& bytes) const {
+    return write(name, std::string(bytes.begin(), bytes.end()));
+  }
 
  private:
+  [[noreturn]] static void fail(const std::string& what) {
+    std::perror(what.c_str());
+    std::abort();
+  }
   std::string path_;
 };
 

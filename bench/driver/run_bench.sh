@@ -5,11 +5,13 @@
 set -euo pipefail
 bin=${1:-build/default}/bin
 player=$bin/kesh_player
-for needed in "$player" "$bin/kesh_driver_bench" "$bin/kesh_driver_bench_data"; do
+for needed in "$player" "$bin/kesh_driver_bench" "$bin/kesh_pattern_asm"; do
   [ -x "$needed" ] || { echo "missing $needed: build the tree first" >&2; exit 2; }
 done
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+# assemble NAME TEXT: the pattern of TEXT as $work/NAME.bin.
+assemble() { echo "$2" >"$work/$1.kasm" && "$bin/kesh_pattern_asm" assemble "$work/$1.kasm" -o "$work/$1.bin"; }
 
 # Best of five wall-clock times of a command, in milliseconds; its output is dropped.
 best_ms() {
@@ -17,8 +19,7 @@ best_ms() {
   for _ in 1 2 3 4 5; do
     start=$(date +%s%N)
     "$@" >/dev/null 2>&1 || true
-    ms=$((($(date +%s%N) - start) / 1000000))
-    ((ms < best)) && best=$ms
+    ms=$((($(date +%s%N) - start) / 1000000)) && ((ms < best)) && best=$ms
   done
   echo "$best"
 }
@@ -29,42 +30,39 @@ median_ns() {
     print t * (u == "ms" ? 1e6 : u == "us" ? 1e3 : u == "s" ? 1e9 : 1) }' "$work/bench.csv"
 }
 
-echo "== golden comparison (2 MB) =="
 "$bin/kesh_driver_bench" --benchmark_format=csv --benchmark_repetitions=5 \
   --benchmark_report_aggregates_only=true 2>/dev/null >"$work/bench.csv"
-equal=$(median_ns BM_CompareGoldenEqual) memcmp=$(median_ns BM_MemcmpEqual)
-listing=$(median_ns BM_CompareGoldenFullMismatch) fwrite=$(median_ns BM_FwriteSameBytes)
-echo "compareGolden equal / memcmp:              $(ratio "$equal" "$memcmp")  (target <= 1.1; $equal ns vs $memcmp ns)"
-echo "full-mismatch listing / fwrite same bytes: $(ratio "$listing" "$fwrite")  (target <= 2; $listing ns vs $fwrite ns)"
+echo "2 MB compareGolden equal / memcmp: $(ratio "$(median_ns BM_CompareGoldenEqual)" "$(median_ns BM_MemcmpEqual)") (target <= 1.1)"
+echo "2 MB full-mismatch listing / fwrite of the same bytes:" \
+  "$(ratio "$(median_ns BM_CompareGoldenFullMismatch)" "$(median_ns BM_FwriteSameBytes)") (target <= 2)"
 
-echo "== two equal 2 MB files compared, whole processes: kesh_player vs cmp =="
 size=$((2 * 1024 * 1024))
-"$bin/kesh_driver_bench_data" copy "$size" >"$work/copy.bin"
+assemble copy "arg in index=0 size=$size
+arg out index=1 size=$size
+copy dst=arg:out src=arg:in length=$size"
 head -c "$size" /dev/urandom >"$work/in.bin"
 cp "$work/in.bin" "$work/out.bin"
 compare=(-f "$work/copy.bin" -i "$work/in.bin" -o "$work/out.bin")
 "$player" "${compare[@]}" >/dev/null || { echo "the 2 MB copy did not pass" >&2; exit 1; }
 tool=$(best_ms "$player" "${compare[@]}") plain=$(best_ms cmp "$work/in.bin" "$work/out.bin")
-echo "kesh_player / cmp: $(ratio "$tool" "$plain")  (target <= 2; $tool ms vs $plain ms)"
-# Page faults (minor): fresh buffers show up here long before they show in times.
+echo "two equal 2 MB files, whole processes, kesh_player / cmp: $(ratio "$tool" "$plain") (target <= 2)"
+# Minor page faults: fresh buffers show up here long before they show in times.
 faults() { /usr/bin/time -f %R "$@" 2>&1 >/dev/null | tail -1; }
-if [ -x /usr/bin/time ]; then
+[ ! -x /usr/bin/time ] ||
   echo "page faults: kesh_player $(faults "$player" "${compare[@]}"), cmp $(faults cmp "$work/in.bin" "$work/out.bin")"
-fi
 
-echo "== kesh_player -t 5 =="
 full=$(best_ms "$player" -t 5) parse=$(best_ms "$player" -t 5 -l 0)
-echo "whole run: $full ms; settings only (-l 0): $parse ms; ratio $(ratio "$full" "$parse")"
+echo "kesh_player -t 5, whole run / settings only (-l 0): $(ratio "$full" "$parse") ($full ms vs $parse ms)"
 
-echo "== 63 compute-heavy jobs: one group vs 63 groups =="
-"$bin/kesh_driver_bench_data" >"$work/matmul.bin"
-# Zero operands give a zero product, so the golden is zero as well.
+# 63 compute-heavy jobs: one group against 63 groups in turn. Zero operands give a zero golden.
+assemble matmul "arg a index=0 size=36864
+arg b index=1 size=36864
+arg c index=2 size=36864
+matmul dst=arg:c a=arg:a b=arg:b m=192 k=192 n=192 multiplier=1 shift=0 out=i8"
 for name in a b c; do head -c $((192 * 192)) /dev/zero >"$work/$name.bin"; done
 job="-f $work/matmul.bin -i $work/a.bin -i $work/b.bin -o $work/c.bin"
 echo "$job -l 63" >"$work/one_group.txt"
 for _ in $(seq 63); do echo "$job"; done >"$work/groups.txt"
 "$player" --command "$work/one_group.txt" >/dev/null || { echo "the 63-job group did not pass" >&2; exit 1; }
-together=$(best_ms "$player" --command "$work/one_group.txt")
-apart=$(best_ms "$player" --command "$work/groups.txt")
-echo "one group: $together ms; one group after another: $apart ms; speed-up $(ratio "$apart" "$together")" \
-  "(library cores: ${KESH_EMU_CORES:-$(nproc)})"
+together=$(best_ms "$player" --command "$work/one_group.txt") apart=$(best_ms "$player" --command "$work/groups.txt")
+echo "63 jobs, speed-up of one group: $(ratio "$apart" "$together") (library cores: ${KESH_EMU_CORES:-$(nproc)})"

@@ -9,13 +9,12 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-Names namesAfter(const std::string& text, const Names& before) {
+Names namesAfter(const std::string& text, Names before) {
   std::vector<PatternArgInfo> args(before.size());
   for (size_t i = 0; i < before.size(); ++i) args[i].name = before[i];
   assignArgNames(text, args);
-  Names names;
-  for (const PatternArgInfo& arg : args) names.push_back(arg.name);
-  return names;
+  for (size_t i = 0; i < before.size(); ++i) before[i] = args[i].name;
+  return before;
 }
 
 TEST(ArgNames, PiecesAreReadLikeLinesEndedBySemicolons) {

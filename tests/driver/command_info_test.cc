@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdio>
 #include <iostream>
 #include <string>
@@ -13,22 +12,18 @@
 
 namespace {
 
-using kesh::testing::captureStdout;
-
 const char kHeader[] = "Result does not match golden data.\nDiff:\n";
 
 TEST(CompareGolden, EqualPassesSilentlyAndAMismatchKeepsTheCallersNumberBase) {
-  bool equal = false, empty = false, mismatch = true;
-  const std::string out = captureStdout([&] {
-    equal = CommandInfo::compareGolden({1, 2, 3}, {1, 2, 3});
-    empty = CommandInfo::compareGolden({}, {9});
+  std::vector<bool> verdicts;  // equal, empty result, mismatch
+  const std::string out = kesh::testing::captureStdout([&] {
+    verdicts.push_back(CommandInfo::compareGolden({1, 2, 3}, {1, 2, 3}));
+    verdicts.push_back(CommandInfo::compareGolden({}, {9}));
     std::cout << std::oct;
-    mismatch = CommandInfo::compareGolden({0, 0, 0, 0, 0x1f}, {0, 0, 0, 0, 0});
+    verdicts.push_back(CommandInfo::compareGolden({0, 0, 0, 0, 0x1f}, {0, 0, 0, 0, 0}));
     std::cout << 8 << std::dec;
   });
-  EXPECT_TRUE(equal);
-  EXPECT_TRUE(empty);
-  EXPECT_FALSE(mismatch);
+  EXPECT_EQ(verdicts, (std::vector<bool>{true, true, false}));
   EXPECT_EQ(out, std::string(kHeader) + "0 0 0 0  1f 10");
 }
 
@@ -38,12 +33,7 @@ std::string naiveListing(const std::vector<uint8_t>& result, const std::vector<u
   char value[4];
   for (size_t k = 0; k < result.size(); ++k) {
     std::snprintf(value, sizeof(value), "%x ", static_cast<unsigned>(result[k] ^ golden[k]));
-    text += value;
-    if ((k + 1) % 16 == 0) {
-      text += '\n';
-    } else if ((k + 1) % 4 == 0) {
-      text += ' ';
-    }
+    text += value + std::string((k + 1) % 16 == 0 ? "\n" : (k + 1) % 4 == 0 ? " " : "");
   }
   return text;
 }
@@ -51,17 +41,15 @@ std::string naiveListing(const std::vector<uint8_t>& result, const std::vector<u
 TEST(CompareGolden, LongMismatchMatchesTheValueByValueRule) {
   // Not a whole number of lines; pseudo-random bytes reach nearly every pair
   // of values the fast path formats together, and equal bytes list as "0".
-  std::vector<uint8_t> result(600001);
-  std::vector<uint8_t> golden(result.size());
+  std::vector<uint8_t> result(600001), golden(result.size());
   uint32_t seed = 7;
   for (size_t i = 0; i < result.size(); ++i) {
     seed = seed * 1664525u + 1013904223u;
     result[i] = static_cast<uint8_t>(seed >> 24);
     golden[i] = static_cast<uint8_t>(i % 3 == 0 ? result[i] : seed >> 16);
   }
-  bool passed = true;
-  const std::string out = captureStdout([&] { passed = CommandInfo::compareGolden(result, golden); });
-  EXPECT_FALSE(passed);
+  const std::string out =
+      kesh::testing::captureStdout([&] { EXPECT_FALSE(CommandInfo::compareGolden(result, golden)); });
   // Compared by length and first difference: the whole text is megabytes.
   const std::string expected = kHeader + naiveListing(result, golden);
   ASSERT_EQ(out.size(), expected.size());

@@ -7,12 +7,7 @@
 namespace {
 
 TEST(TimingReport, FourLinesInFixedOrderWithUnitsOnTimesOnlyAndFullRangeValues) {
-  NodeTiming timing;
-  timing.ipTime = INT64_MIN;
-  timing.driverTime = 7;
-  timing.startTimestamp = -5;
-  timing.endTimestamp = INT64_MAX;
-  EXPECT_EQ(formatTimingLines(3, timing),
+  EXPECT_EQ(formatTimingLines(3, NodeTiming{INT64_MIN, 7, -5, INT64_MAX}),
             "    IP time of sub-command 3: -9223372036854775808 us\n"
             "    Driver time of sub-command 3: 7 us\n"
             "    Timestamp start of sub-command 3: -5\n"

@@ -29,6 +29,14 @@ std::string execInfo(const std::string& node) {
   return calls;
 }
 
+// Binding node `node`'s input "zeta" to memory `in` (flushed) and output "alpha" to `out`.
+std::string binds(const std::string& node, const std::string& in, const std::string& out) {
+  return "keshCreateMem(player=P1, size=8, name=\"zeta\") = " + in + "\nkeshMapMem(mem=" + in +
+         ") = mapped\nkeshFlushMem(mem=" + in + ") = 0\nkeshSetPatternNodeArg(node=" + node + ", index=0, mem=" + in +
+         ", size=8) = 0\nkeshCreateMem(player=P1, size=8, name=\"alpha\") = " + out + "\nkeshMapMem(mem=" + out +
+         ") = mapped\nkeshSetPatternNodeArg(node=" + node + ", index=1, mem=" + out + ", size=8) = 0\n";
+}
+
 class CallTraceTest : public PlayerTest {};
 
 TEST_F(CallTraceTest, SetUpWaitCompareAndReleaseFollowTheContract) {
@@ -52,24 +60,10 @@ keshAddPattern(graph=G1, pattern=T1, reserved0=0, reserved1=0, name="tester_patt
 keshAddPattern(graph=G1, pattern=T2, reserved0=0, reserved1=0, name="tester_pattern", node=N2) = 0
 keshSetPatternPack(graph=G1, count=2, nodes=[N1, N2]) = 0
 keshBuildPatternGraph(graph=G1) = 0
-)" + argQueries("T1") + R"(keshCreateMem(player=P1, size=8, name="zeta") = M1
-keshMapMem(mem=M1) = mapped
-keshFlushMem(mem=M1) = 0
-keshSetPatternNodeArg(node=N1, index=0, mem=M1, size=8) = 0
-keshCreateMem(player=P1, size=8, name="alpha") = M2
-keshMapMem(mem=M2) = mapped
-keshSetPatternNodeArg(node=N1, index=1, mem=M2, size=8) = 0
-keshSetPatternNodeOption(node=N1, option=0, value=5) = 0
+)" + argQueries("T1") + binds("N1", "M1", "M2") + R"(keshSetPatternNodeOption(node=N1, option=0, value=5) = 0
 keshSetPatternNodeOption(node=N1, option=1, value=0) = 0
 keshUpdatePatternNode(node=N1) = 0
-)" + argQueries("T2") + R"(keshCreateMem(player=P1, size=8, name="zeta") = M3
-keshMapMem(mem=M3) = mapped
-keshFlushMem(mem=M3) = 0
-keshSetPatternNodeArg(node=N2, index=0, mem=M3, size=8) = 0
-keshCreateMem(player=P1, size=8, name="alpha") = M4
-keshMapMem(mem=M4) = mapped
-keshSetPatternNodeArg(node=N2, index=1, mem=M4, size=8) = 0
-keshUpdatePatternNode(node=N2) = 0
+)" + argQueries("T2") + binds("N2", "M3", "M4") + R"(keshUpdatePatternNode(node=N2) = 0
 keshPlayPatternGraph(player=P1, graph=G1, flags=0, job=J1) = 0
 keshWaitPatternJob(job=J1) = 0
 )" + execInfo("N1") + execInfo("N2") + R"(keshUnmapMem(mem=M1) = 0

@@ -3,72 +3,40 @@
 // ends the run at once and visibly, never in a quiet pass or a later crash.
 #include <signal.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <ostream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "e2e_config.h"
 #include "player_test.h"
+#include "testing/child_process.h"
+#include "testing/read_file.h"
 
 namespace kesh::testing {
 namespace {
 
 using Args = std::vector<std::string>;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kSanitized = true;  // the sanitizers own SIGSEGV and reserve huge address ranges
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
-#else
-constexpr bool kSanitized = false;
-#endif
-
-std::string shellQuoted(const std::string& word) {
-  std::string out = "'";
-  for (char c : word) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return out + "'";
-}
-
-std::string readText(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-
 class HardeningTest : public PlayerTest {
  protected:
   void SetUp() override {
-    PlayerTest::SetUp();
     const rlimit noCore = {0, 0};  // the deliberate faults below leave no core files
     setrlimit(RLIMIT_CORE, &noCore);
   }
 
-  // The tool's command (launcher, path, `args`), quoted for the shell.
-  static std::string player(const Args& args) {
-    std::string line;
-    for (const char* word : kLauncher) line += word != nullptr ? shellQuoted(word) + " " : "";
-    line += shellQuoted(KESH_PLAYER_PATH);
-    for (const std::string& arg : args) line += " " + shellQuoted(arg);
-    return line;
+  // Runs `script` with sh in the scratch folder, "$@" standing for the tool
+  // with `args`; its exit status.
+  int shell(const std::string& script, const Args& args) {
+    ChildTask task{{"sh", "-c", script, "sh"}, {}, dir_, {{"KESH_EMU_TRACE", "trace.log"}, {"KESH_EMU_FAIL", {}}}, ""};
+    for (const char* word : kLauncher) {
+      if (word != nullptr) task.argv.emplace_back(word);
+    }
+    task.argv.emplace_back(KESH_PLAYER_PATH);
+    task.argv.insert(task.argv.end(), args.begin(), args.end());
+    return runChild(task).status;
   }
 
-  // Runs `script` with sh in the scratch folder; its exit status, or -1.
-  int shell(const std::string& script) {
-    const int status = std::system(("cd " + shellQuoted(dir_) + " || exit 126; " + script).c_str());
-    return status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-
-  std::string file(const std::string& name) { return readText(dir_ + "/" + name); }
+  std::string file(const std::string& name) { return readFile(dir_ + "/" + name); }
 };
 
 constexpr uint32_t kArgSize = 11235;
@@ -79,7 +47,6 @@ struct OversizeRow {
   size_t inputExcess;   ///< bytes past the argument's size in in.bin
   size_t goldenExcess;  ///< the same for the golden out.bin
 };
-void PrintTo(const OversizeRow& row, std::ostream* out) { *out << row.name; }
 
 class OversizedDataTest : public HardeningTest, public ::testing::WithParamInterface<OversizeRow> {};
 
@@ -109,7 +76,7 @@ INSTANTIATE_TEST_SUITE_P(Oversized, OversizedDataTest, ::testing::ValuesIn(kOver
 
 // A log that could not be written is a failed run, named on standard error.
 TEST_F(HardeningTest, FullDeviceEndsTheRunWithAWriteError) {
-  const int status = shell(player({"-t", "5"}) + " >/dev/full 2>stderr.log");
+  const int status = shell("\"$@\" >/dev/full 2>stderr.log", {"-t", "5"});
   EXPECT_EQ(status, 1);
   EXPECT_EQ(file("stderr.log"), "kesh_player: write error: No space left on device\n");
 }
@@ -117,8 +84,8 @@ TEST_F(HardeningTest, FullDeviceEndsTheRunWithAWriteError) {
 TEST_F(HardeningTest, ClosedPipeStopsTheRunsEarly) {
   // SIGPIPE ignored, as under some farm launchers: the write fails with EPIPE instead.
   // Enough runs that a reader slow to exit on a loaded machine still closes the pipe long before the end.
-  const int status = shell("trap '' PIPE; { " + player({"-t", "0", "-l", "500"}) +
-                           " 2>stderr.log; echo $? >status.log; } | head -1 >stdout.log");
+  const int status = shell("trap '' PIPE; { \"$@\" 2>stderr.log; echo $? >status.log; } | head -1 >stdout.log",
+                           {"-t", "0", "-l", "500"});
   EXPECT_EQ(status, 0);
   EXPECT_EQ(file("stdout.log"), "Test default case: 0\n");
   EXPECT_EQ(file("status.log"), "1\n");
@@ -130,7 +97,6 @@ struct HungryRow {
   const char* name;
   Args args;  ///< arguments whose data never ends
 };
-void PrintTo(const HungryRow& row, std::ostream* out) { *out << row.name; }
 
 class OutOfMemoryTest : public HardeningTest, public ::testing::WithParamInterface<HungryRow> {};
 
@@ -138,7 +104,7 @@ TEST_P(OutOfMemoryTest, EndsWithOneLineAndStatusOne) {
   if (kSanitized) GTEST_SKIP() << "the sanitizers' shadow memory does not fit under a small limit";
   if (kLauncher[0] != nullptr) GTEST_SKIP() << "an emulating launcher reserves the guest's address space up front";
   writeCopyCase(64);
-  const int status = shell("ulimit -v 393216 && " + player(GetParam().args) + " >stdout.log 2>stderr.log");
+  const int status = shell("ulimit -v 393216 && \"$@\" >stdout.log 2>stderr.log", GetParam().args);
   EXPECT_EQ(status, 1);
   EXPECT_EQ(file("stderr.log"), "kesh_player: out of memory\n");
 }

@@ -59,12 +59,6 @@ std::string numberHandlesPerKind(const std::string& trace) {
   return out.append(rest, trace.cend());
 }
 
-void PlayerTest::writeFile(const std::string& name, const std::vector<uint8_t>& bytes) {
-  scratch_.write(name, bytes);
-}
-
-void PlayerTest::writeText(const std::string& name, const std::string& text) { scratch_.write(name, text); }
-
 void PlayerTest::writeCopyCase(uint32_t size, const std::vector<size_t>& flips, const std::string& golden) {
   std::vector<uint8_t> input(size);
   for (uint32_t i = 0; i < size; ++i) input[i] = static_cast<uint8_t>(i * 7 + 3);

@@ -1,7 +1,5 @@
-// Fixture of the end-to-end tests: a scratch folder per test holding pattern,
-// data and command files, and runs of the built tool inside it, as a user
-// would start it, with the host library's call trace on. One fixture per
-// test; not shared between threads.
+// Fixture of the end-to-end tests: a scratch folder per test for pattern, data and command files,
+// and runs of the built tool in it with the host library's call trace on. Not shared between threads.
 #ifndef KESH_TESTS_E2E_PLAYER_TEST_H_
 #define KESH_TESTS_E2E_PLAYER_TEST_H_
 
@@ -27,26 +25,22 @@ struct PlayerRun {
 std::string linesWith(const std::string& text, const std::vector<std::string>& needles);
 /// How many lines of `text` contain `needle`.
 size_t countLines(const std::string& text, const std::string& needle);
-/// `trace` with each kind of handle numbered on its own, in order of first
-/// appearance (P1, P2, T1, M1, ...), so that one more handle of one kind does
-/// not renumber the others.
+/// `trace` with each kind of handle numbered on its own in order of appearance (P1, T1, M1, M2, ...).
 std::string numberHandlesPerKind(const std::string& trace);
 
 /// A scratch folder per test and runs of the tool inside it.
 class PlayerTest : public ::testing::Test {
  protected:
   /// Writes `bytes` to the file `name` of the scratch folder, making its folder.
-  void writeFile(const std::string& name, const std::vector<uint8_t>& bytes);
+  void writeFile(const std::string& name, const std::vector<uint8_t>& bytes) { scratch_.write(name, bytes); }
   /// Writes `text` to the file `name` of the scratch folder.
-  void writeText(const std::string& name, const std::string& text);
-  /// Writes copy.bin (out = in over `size` bytes), in.bin and the golden
-  /// `golden`, whose bytes at `flips` are XORed with 0x5a.
+  void writeText(const std::string& name, const std::string& text) { scratch_.write(name, text); }
+  /// Writes copy.bin (out = in, `size` bytes), in.bin and `golden`, whose bytes at `flips` are XORed with 0x5a.
   void writeCopyCase(uint32_t size, const std::vector<size_t>& flips = {}, const std::string& golden = "out.bin");
-  /// Runs the tool in the scratch folder; `failing` is the library's
-  /// KESH_EMU_FAIL value, "" for none.
+  /// Runs the tool in the scratch folder; `failing` is the library's KESH_EMU_FAIL value, "" for none.
   PlayerRun run(const std::vector<std::string>& args, const std::string& failing = "");
 
-  TempDir scratch_;                      ///< owns the scratch folder
+  TempDir scratch_;                          ///< owns the scratch folder
   const std::string dir_ = scratch_.path();  ///< the scratch folder
 };
 

@@ -1,117 +1,83 @@
 #!/usr/bin/env bash
-# Installs the Debian packages into fresh Debian roots, as a user's machine gets
-# them, and checks from inside each root (not run by ctest: it needs root and
-# debootstrap):
-#   host library alone   installs into its private folder, which the system's
-#                        loader does not know (ldconfig -p does not list it)
-#   development files    install beside it; the pkg-config file points at it
-#   tools                kesh_player -t 0 passes without LD_LIBRARY_PATH, against
-#                        the host library
-#   tools + vendor       with a stand-in vendor libkesh_pattern_25.so in the system
-#                        library folder, kesh_player loads the stand-in, never the
-#                        host library
-# Usage: tests/packaging/chroot_test.sh PACKAGE_DIR [BASE_ROOT]
-#   PACKAGE_DIR  holds the .deb files (scripts/build-packages.sh makes them)
-#   BASE_ROOT    a debootstrapped Debian 12 root to copy; made (and kept there) if
-#                missing. Default: PACKAGE_DIR/debian12-base
+# Manual checks in fresh Debian 12 roots; need root and debootstrap (not run by ctest).
+# Usage: chroot_test.sh packages PACKAGE_DIR BASE_ROOT
+#          each .deb installed as on a user's machine: the host library in a private folder the
+#          system's loader does not know, development files beside it, kesh_player -t 0 passing
+#          without LD_LIBRARY_PATH, and a stand-in vendor library in the system folder winning
+#        chroot_test.sh readme BASE_ROOT: README's first command, word for word, on the committed tree
+# BASE_ROOT (minbase bookworm) is made with debootstrap if missing.
 set -euo pipefail
-packages=$(cd "$1" && pwd)
-base=${2:-$packages/debian12-base}
-source_dir=$(cd "$(dirname "$0")/../.." && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+mode=$1
+[ "$mode" = packages ] && { packages=$(cd "$2" && pwd); shift; }
+base=$2 source_dir=$(cd "$(dirname "$0")/../.." && pwd) work=$(mktemp -d)
+trap 'umount "$work"/*/{proc,dev/pts,dev} 2>/dev/null; rm -rf "$work"' EXIT
 unset LD_LIBRARY_PATH
-
 fail() { echo "FAIL: $*" >&2; exit 1; }
-pass() { echo "passed: $*"; }
-deb_of() { ls "$packages/$1"_*.deb; }
-
-if [ ! -x "$base/bin/sh" ]; then
-  echo "making the base root $base (debootstrap, Debian 12 minbase)"
-  debootstrap --variant=minbase bookworm "$base" http://deb.debian.org/debian >"$work/debootstrap.log" 2>&1 ||
-    { tail -n 20 "$work/debootstrap.log"; fail "debootstrap"; }
-fi
-arch=$(chroot "$base" dpkg --print-architecture)
-triplet=$(chroot "$base" dpkg-architecture -qDEB_HOST_MULTIARCH 2>/dev/null ||
-          ls -d "$base"/usr/lib/*-linux-gnu* | head -n 1 | xargs basename)
-
-# fresh_root NAME: a copy of the base root at $work/NAME.
-fresh_root() {
-  cp -a "$base" "$work/$1"
-  echo "$work/$1"
-}
-# install_into ROOT PACKAGE...: dpkg -i the packages' .deb files inside ROOT.
-install_into() {
-  local root=$1 package
-  shift
-  mkdir -p "$root/tmp/debs"
-  for package in "$@"; do cp "$(deb_of "$package")" "$root/tmp/debs/"; done
-  chroot "$root" sh -c 'dpkg -i /tmp/debs/*.deb' >"$work/dpkg.log" 2>&1 ||
-    { cat "$work/dpkg.log" >&2; fail "dpkg -i $* in a fresh root"; }
-  rm -rf "$root/tmp/debs"
-}
-# in_root ROOT COMMAND: runs the shell command inside ROOT with no LD_LIBRARY_PATH.
+[ -x "$base/bin/sh" ] || debootstrap --variant=minbase bookworm "$base" http://deb.debian.org/debian >/dev/null
+fresh_root() { cp -a "$base" "$work/$1" && echo "$work/$1"; }
 in_root() { chroot "$1" env -u LD_LIBRARY_PATH sh -c "$2"; }
 
-# A library with the device library's soname and symbol version whose every call
-# fails (null handles, nonzero statuses) and which says it was loaded: a vendor's
-# library that kesh_player must prefer to the host library.
-make_standin() {
-  local header=$source_dir/include/kesh/kesh_pattern.h dir=$work/standin line
-  mkdir -p "$dir"
-  {
-    echo '#include <stdio.h>'
-    echo '__attribute__((constructor)) static void said(void) { fputs("stand-in vendor library loaded\n", stderr); }'
-    grep -oE '^[A-Za-z_]+\*? *kesh[A-Za-z]+\(' "$header" | while read -r line; do
-      case $line in
-        int*) echo "int ${line##* }void) { return 1; }" ;;
-        *) echo "void* ${line##* }void) { return 0; }" ;;
-      esac
-    done
-  } >"$dir/standin.c"
-  {
-    echo 'KESH_PATTERN { global:'
-    grep -oE 'kesh[A-Za-z]+\(' "$header" | tr -d '(' | sort -u | sed 's/$/;/'
-    echo 'local: *; };'
-  } >"$dir/standin.map"
-  cc -shared -fPIC -o "$dir/libkesh_pattern_25.so" -Wl,-soname,libkesh_pattern_25.so \
-    -Wl,--version-script,"$dir/standin.map" "$dir/standin.c" || fail "stand-in library does not build"
-  echo "$dir/libkesh_pattern_25.so"
+if [ "$mode" = readme ]; then
+  root=$(fresh_root readme)
+  cp /etc/resolv.conf "$root/etc/resolv.conf"
+  mount -t proc proc "$root/proc" && mount --bind /dev "$root/dev" && mount --bind /dev/pts "$root/dev/pts"
+  mkdir -p "$root/home/user/kesh_player"
+  git -C "$source_dir" archive HEAD | tar -x -C "$root/home/user/kesh_player"
+  command=$(awk '/^```sh/ {block = 1; next} block && !/^#/ {print; exit}' "$source_dir/README.md")
+  echo "README's first command: $command"
+  start=$(date +%s) status=0
+  chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/home/user \
+    sh -c "cd /home/user/kesh_player && $command" >"$work/readme.log" 2>&1 || status=$?
+  tail -n 8 "$work/readme.log"
+  echo "status $status after $(($(date +%s) - start)) s"
+  [ "$status" -eq 0 ] && [ "$(tail -n 1 "$work/readme.log")" = "Test pattern passed!!!" ]
+  exit
+fi
+
+triplet=$(chroot "$base" dpkg-architecture -qDEB_HOST_MULTIARCH 2>/dev/null ||
+          ls -d "$base"/usr/lib/*-linux-gnu* | head -n 1 | xargs basename)
+# install_into NAME PACKAGE...: a fresh root with the packages' .deb files installed; prints its path.
+install_into() {
+  local root
+  root=$(fresh_root "$1") && shift && mkdir -p "$root/tmp/debs"
+  for package in "$@"; do cp "$packages/$package"_*.deb "$root/tmp/debs/"; done
+  in_root "$root" 'dpkg -i /tmp/debs/*.deb' >"$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log" >&2; fail "dpkg -i $*"; }
+  echo "$root"
 }
 
-root=$(fresh_root hostlib)
-install_into "$root" libkesh-pattern-host
+root=$(install_into hostlib libkesh-pattern-host)
 [ -f "$root/usr/lib/$triplet/kesh_pattern_host/libkesh_pattern_25.so" ] || fail "host library not in its private folder"
-listed=$(in_root "$root" 'ldconfig -p | grep libkesh_pattern_25 || true')
-[ -z "$listed" ] || fail "the system's loader knows the host library: $listed"
-pass "host library alone: private folder, unknown to the system's loader"
+[ -z "$(in_root "$root" 'ldconfig -p | grep libkesh_pattern_25 || true')" ] || fail "the system's loader knows the host library"
 
-root=$(fresh_root dev)
-install_into "$root" libkesh-pattern-host libkesh-pattern-dev
-pc=$root/usr/lib/$triplet/pkgconfig/kesh_pattern.pc
+root=$(install_into dev libkesh-pattern-host libkesh-pattern-dev)
 [ -f "$root/usr/include/kesh/kesh_pattern.h" ] || fail "header not installed"
 [ -f "$root/usr/lib/$triplet/cmake/KeshPattern/KeshPatternConfig.cmake" ] || fail "CMake package not installed"
-grep -q "^libdir=.*/kesh_pattern_host\$" "$pc" || fail "kesh_pattern.pc does not point at the private folder: $(cat "$pc")"
-pass "development files beside the host library"
+grep -q "^libdir=.*/kesh_pattern_host\$" "$root/usr/lib/$triplet/pkgconfig/kesh_pattern.pc" ||
+  fail "kesh_pattern.pc does not point at the private folder"
 
-root=$(fresh_root tools)
-install_into "$root" libkesh-pattern-host kesh-player
+root=$(install_into tools libkesh-pattern-host kesh-player)
 out=$(in_root "$root" 'kesh_player -t 0' 2>&1) || fail "kesh_player -t 0 exits $?: $out"
 [ "$(tail -n 1 <<<"$out")" = "Test pattern passed!!!" ] || fail "kesh_player -t 0 did not pass: $out"
-linked=$(in_root "$root" 'ldd /usr/libexec/kesh_player/kesh_player' || true)
-grep -q 'libkesh_pattern_25.so => not found' <<<"$linked" ||
+grep -q 'libkesh_pattern_25.so => not found' <<<"$(in_root "$root" 'ldd /usr/libexec/kesh_player/kesh_player')" ||
   fail "the player proper finds a library of its own, not through the system's loader"
-pass "$arch: kesh_player -t 0 passes against the host library, without LD_LIBRARY_PATH"
 
-standin=$(make_standin)
-cp "$standin" "$root/usr/lib/$triplet/"
+# A vendor library stand-in: the device library's soname and symbol version,
+# every call refusing (null handles, status 1), announcing that it was loaded.
+header=$source_dir/include/kesh/kesh_pattern.h
+{
+  echo '#include <stdio.h>'
+  echo '__attribute__((constructor)) static void said(void) { fputs("stand-in vendor library loaded\n", stderr); }'
+  grep -oE '^[A-Za-z_]+\*? *kesh[A-Za-z]+\(' "$header" | sed -E 's/^int.* (kesh.*)/int \1void) { return 1; }/;
+    s/^[^i].* (kesh.*)/void* \1void) { return 0; }/'
+} >"$work/standin.c"
+{ echo 'KESH_PATTERN { global:'; grep -oE 'kesh[A-Za-z]+\(' "$header" | tr -d '(' | sort -u | sed 's/$/;/'
+  echo 'local: *; };'; } >"$work/standin.map"
+cc -shared -fPIC -o "$root/usr/lib/$triplet/libkesh_pattern_25.so" -Wl,-soname,libkesh_pattern_25.so \
+  -Wl,--version-script,"$work/standin.map" "$work/standin.c" || fail "stand-in library does not build"
 in_root "$root" ldconfig
-resolved=$(in_root "$root" 'readlink -f "$(ldd /usr/libexec/kesh_player/kesh_player | awk "/libkesh_pattern_25/ {print \$3}")"')
-[ "$resolved" = "/usr/lib/$triplet/libkesh_pattern_25.so" ] || fail "the loader resolves '$resolved'"
 status=0
 out=$(in_root "$root" 'KESH_EMU_TRACE=stderr kesh_player -t 0' 2>&1) || status=$?
 grep -q '^stand-in vendor library loaded$' <<<"$out" || fail "kesh_player did not load the stand-in: $out"
-if grep -q '^keshCreatePlayer' <<<"$out"; then fail "the host library ran (it traced a call): $out"; fi
+! grep -q '^keshCreatePlayer' <<<"$out" || fail "the host library ran (it traced a call): $out"
 [ "$status" -eq 1 ] || fail "kesh_player against the refusing stand-in exits $status, not 1: $out"
-echo "$out" | sed 's/^/    /'
-pass "$arch: with a vendor library in /usr/lib/$triplet, kesh_player loads it, not the host library"
+echo "passed: private host library, development files, kesh_player -t 0, stand-in vendor library preferred"

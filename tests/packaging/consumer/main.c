@@ -5,14 +5,7 @@
 
 int main(void) {
   _kesh_player* player = keshCreatePlayer("packaging consumer");
-  if (player == NULL) {
-    fputs("keshCreatePlayer failed\n", stderr);
-    return 1;
-  }
-  if (keshDestroyPlayer(player) != 0) {
-    fputs("keshDestroyPlayer failed\n", stderr);
-    return 1;
-  }
+  if (player == NULL || keshDestroyPlayer(player) != 0) return 1;
   puts("ok");
   return 0;
 }
