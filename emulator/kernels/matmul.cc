@@ -14,9 +14,10 @@
 #include "kernels/matmul_pack.h"
 
 HWY_BEFORE_NAMESPACE();
-#if HWY_TARGET == HWY_AVX3_DL
-// The target implies AVX512-VNNI (the run-time check requires it); the
-// fused 16-bit dot product needs the compiler to know.
+// The AVX3_DL target implies AVX512-VNNI (the run-time check requires it); the
+// fused 16-bit dot product needs the compiler to know. clang ignores this
+// pragma, so its builds take the pmaddwd path on that target too.
+#if HWY_TARGET == HWY_AVX3_DL && !defined(__clang__)
 #pragma GCC target("avx512vnni")
 #endif
 namespace kesh::kernels {
@@ -28,7 +29,7 @@ using D32 = hn::ScalableTag<int32_t>;
 using V16 = hn::Vec<D16>;
 using V32 = hn::Vec<D32>;
 
-#if HWY_TARGET == HWY_AVX3_DL
+#if HWY_TARGET == HWY_AVX3_DL && !defined(__clang__)
 // One instruction: acc[i] += a[2i]*b[2i] + a[2i+1]*b[2i+1].
 inline V32 pairDot(V32 acc, V16 a, V16 b) { return V32{_mm512_dpwssd_epi32(acc.raw, a.raw, b.raw)}; }
 #elif HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128 && HWY_TARGET != HWY_SCALAR
