@@ -6,7 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdlib>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -161,6 +164,48 @@ TEST_P(Report, EveryLineOfTheToolIsInTheGrammar) {
 
 INSTANTIATE_TEST_SUITE_P(Rows, Report, ::testing::ValuesIn(kCases),
                          [](const ::testing::TestParamInfo<Case>& rowInfo) { return std::string(rowInfo.param.label); });
+
+// The first program of `names` on PATH, "" when none is.
+std::string onPath(const std::vector<std::string>& names) {
+  const char* path = std::getenv("PATH");
+  std::istringstream folders(path != nullptr ? path : "");
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    for (const std::string& name : names) {
+      if (access((folder + "/" + name).c_str(), X_OK) == 0) return folder + "/" + name;
+    }
+  }
+  return "";
+}
+
+// The page of a group of 8 jobs, opened in a real browser: it renders without
+// script errors, its pictures are in the document, and a screenshot is kept.
+TEST_F(Report, HtmlOpensInAHeadlessBrowser) {
+  const std::string browser = onPath({"chromium", "chromium-browser", "google-chrome"});
+  if (browser.empty()) GTEST_SKIP() << "no headless browser installed";
+  std::string eight;
+  for (int k = 0; k < 8; ++k) eight += "-f copy.bin -i in.bin -o out.bin -g 1\n";
+  writeText("eight.txt", eight);
+  const ChildResult report =
+      start({KESH_REPORT_PATH, "--html", "r.html", "--", KESH_PLAYER_PATH, "--command", "eight.txt", "-l", "3"}, "");
+  ASSERT_EQ(statusOf(report), 0) << report.err;
+  const std::vector<std::string> common = {browser, "--headless", "--no-sandbox", "--disable-gpu",
+                                           "--user-data-dir=" + dir_ + "/profile", "--enable-logging=stderr"};
+  ChildTask dom;
+  dom.argv = with(common, {"--dump-dom", "file://" + dir_ + "/r.html"});
+  const ChildResult page = runChild(dom);
+  ASSERT_EQ(page.status, 0) << page.err;
+  EXPECT_NE(page.out.find("Run 3, group 1"), std::string::npos) << page.out;
+  // A timeline per run (one group each) and the IP times of the one pattern.
+  size_t pictures = 0;
+  for (size_t at = page.out.find("<svg"); at != std::string::npos; at = page.out.find("<svg", at + 1)) ++pictures;
+  EXPECT_EQ(pictures, 4u);
+  for (const char* scriptError : {"Uncaught", "CONSOLE"}) EXPECT_EQ(page.err.find(scriptError), std::string::npos) << page.err;
+  ChildTask shot;
+  shot.argv = with(common, {"--window-size=1100,1600", "--screenshot=" KESH_REPORT_SCREENSHOT, "file://" + dir_ + "/r.html"});
+  const ChildResult picture = runChild(shot);
+  ASSERT_EQ(picture.status, 0) << picture.err;
+  EXPECT_EQ(readFile(KESH_REPORT_SCREENSHOT).substr(1, 3), "PNG");
+}
 
 struct BadUse {
   const char* label;
