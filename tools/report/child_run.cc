@@ -27,7 +27,10 @@ void writeAll(int fd, const char* data, size_t size) {
 
 [[noreturn]] void execChild(const std::vector<std::string>& argv, const std::vector<std::string>& env, int out,
                             int err, int report) {
-  signal(SIGPIPE, SIG_DFL);  // the report ignores it; the tool must not inherit that
+  // The tool gets the default dispositions whatever the report's (it ignores interrupts).
+  signal(SIGPIPE, SIG_DFL);
+  signal(SIGINT, SIG_DFL);
+  signal(SIGQUIT, SIG_DFL);
   dup2(out, 1);
   dup2(err, 2);
   std::vector<char*> args;
@@ -53,6 +56,13 @@ ChildEnd runChild(const std::vector<std::string>& argv, const std::vector<std::s
     end.status = 127;
     return end;
   }
+  // As system() does: an interrupt from the terminal reaches the tool (same process
+  // group), and the report outlives it to write the results up to that point.
+  struct sigaction ignore {}, savedInt {}, savedQuit {};
+  ignore.sa_handler = SIG_IGN;
+  sigemptyset(&ignore.sa_mask);
+  sigaction(SIGINT, &ignore, &savedInt);
+  sigaction(SIGQUIT, &ignore, &savedQuit);
   const pid_t pid = fork();
   if (pid == 0) {
     close(out[0]);
@@ -65,6 +75,8 @@ ChildEnd runChild(const std::vector<std::string>& argv, const std::vector<std::s
   close(report[1]);
   if (pid < 0) {
     end.why = std::strerror(errno);
+    sigaction(SIGINT, &savedInt, nullptr);
+    sigaction(SIGQUIT, &savedQuit, nullptr);
     end.status = 127;
     close(out[0]);
     close(err[0]);
@@ -105,6 +117,8 @@ ChildEnd runChild(const std::vector<std::string>& argv, const std::vector<std::s
   int status = 0;
   while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
   }
+  sigaction(SIGINT, &savedInt, nullptr);
+  sigaction(SIGQUIT, &savedQuit, nullptr);
   if (WIFSIGNALED(status)) {
     end.signal = WTERMSIG(status);
     end.status = 128 + end.signal;

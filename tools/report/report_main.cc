@@ -140,12 +140,14 @@ int reportMain(int argc, char** argv) {
   } else {
     Progress progress(isatty(2) == 1, plan.help ? 0 : plan.loopCount);
     std::string mapped;
+    int lookups = 0;  // the loader maps the library before the tool's first line: a few looks suffice
+    constexpr int kMaxLookups = 16;
     ChildListener listener;
     listener.stdoutChunk = [&](const char* data, size_t size) { parser.feedStdout(data, size); };
     listener.stderrChunk = [&](const char* data, size_t size) { parser.feedStderr(data, size); };
     listener.beforeWrite = [&] { progress.erase(); };
     listener.wokeUp = [&](pid_t pid) {
-      if (mapped.empty()) mapped = mappedLibrary(pid);
+      if (mapped.empty() && lookups++ < kMaxLookups) mapped = mappedLibrary(pid);
       progress.update(parser.results());
     };
     std::vector<std::string> argvWords = options.tool;
