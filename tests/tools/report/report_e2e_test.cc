@@ -162,6 +162,61 @@ TEST_P(Report, EveryLineOfTheToolIsInTheGrammar) {
   EXPECT_EQ(json["unknown_lines"].size(), 0u) << json["unknown_lines"].dump();
 }
 
+// More of the tool's lines: echoes of every setting, random boosts, packs, notices and
+// each kind of fatal line, read back through the grammar.
+struct LineCase {
+  const char* label;
+  std::vector<std::string> args;
+  std::string failing;   // KESH_EMU_FAIL
+  std::string printed;   // a line the row is there for
+  size_t fatalLines;     // how many of them end the tool
+};
+
+class Grammar : public PlayerTest, public ::testing::WithParamInterface<LineCase> {};
+
+TEST_P(Grammar, EveryLineOfTheToolIsKnown) {
+  const LineCase& row = GetParam();
+  writeCopyCase(16);
+  writeText("unknown.txt", "-f copy.bin -x\n");
+  writeText("loop64.txt", "-f copy.bin -i in.bin -o out.bin -g 1 -l 64\n");
+  writeText("big.txt", "-f copy.bin -i in.bin -o out.bin -g 1 -l 40\n-f copy.bin -i in.bin -o out.bin -g 1 -l 40\n");
+  ChildTask task;
+  task.argv = with({KESH_PLAYER_PATH}, row.args);
+  task.dir = dir_;
+  task.env = {{"KESH_EMU_FAIL", row.failing.empty() ? std::nullopt : std::optional<std::string>(row.failing)}};
+  const ChildResult direct = runChild(task);
+  const std::string both = direct.out + direct.err;
+  EXPECT_NE(both.find(row.printed), std::string::npos) << both;
+  writeText("direct.log", both);
+  task.argv = with({KESH_REPORT_PATH, "--log", "direct.log", "--status", std::to_string(statusOf(direct)), "--json",
+                    "log.json", "--", KESH_PLAYER_PATH},
+                   row.args);
+  task.env = {{"KESH_EMU_FAIL", std::nullopt}};
+  runChild(task);
+  const nlohmann::json json = nlohmann::json::parse(readFile(dir_ + "/log.json"));
+  EXPECT_EQ(json["unknown_lines"].size(), 0u) << json["unknown_lines"].dump();
+  EXPECT_EQ(json["fatal"].size(), row.fatalLines) << json["fatal"].dump();
+}
+
+const LineCase kLineCases[] = {
+    {"EverySetting", with(kCopy, {"-b", "-1", "-c", "0", "-a", "100000", "-s", "50000", "--session_reused"}), "",
+     "Random boost value: ", 0},
+    {"FixedBoost", with(kCopy, {"-b", "7"}), "", "Set boost value to 7", 0},
+    {"Pack", with(kCopy, {"-f", "copy.bin", "-i", "in.bin", "-o", "out.bin", "--pack"}), "", "Test pattern passed", 0},
+    {"ArgumentNotSet", {"-f", "copy.bin"}, "", "Pattern argument in not set", 0},
+    {"NodeNotAdded", kCopy, "keshAddPattern@1", "Failed to add pattern to graph", 1},
+    {"MissingArgumentOfCommandOption", {"-f"}, "", "option requires an argument", 0},
+    {"CommandFileMissing", {"--command", "x.txt"}, "", "Error: cannot open file x.txt", 1},
+    {"UnknownOption", {"--command", "unknown.txt"}, "", "Unknown option: 63", 1},
+    {"GroupLoopCountTooLarge", {"--command", "loop64.txt"}, "", "Invalid group loop count: 64", 1},
+    {"NoPatternBinary", {"-i", "in.bin"}, "", "No pattern binary found", 1},
+    {"InvalidCase", {"-t", "9"}, "", "Invalid mode: 9", 1},
+    {"GroupTooLarge", {"--command", "big.txt"}, "", "Exceed maximum number of commands", 1},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, Grammar, ::testing::ValuesIn(kLineCases),
+                         [](const ::testing::TestParamInfo<LineCase>& rowInfo) { return std::string(rowInfo.param.label); });
+
 INSTANTIATE_TEST_SUITE_P(Rows, Report, ::testing::ValuesIn(kCases),
                          [](const ::testing::TestParamInfo<Case>& rowInfo) { return std::string(rowInfo.param.label); });
 
