@@ -25,8 +25,8 @@ void writeAll(int fd, const char* data, size_t size) {
   }
 }
 
-[[noreturn]] void execChild(const std::vector<std::string>& argv, const std::vector<std::string>& env, int out,
-                            int err, int report) {
+[[noreturn]] void execChild(const std::vector<std::string>& argv, const std::vector<std::string>& env, int out, int err,
+                            int report) {
   // The tool gets the default dispositions whatever the report's (it ignores interrupts).
   signal(SIGPIPE, SIG_DFL);
   signal(SIGINT, SIG_DFL);
@@ -58,7 +58,8 @@ ChildEnd runChild(const std::vector<std::string>& argv, const std::vector<std::s
   }
   // As system() does: an interrupt from the terminal reaches the tool (same process
   // group), and the report outlives it to write the results up to that point.
-  struct sigaction ignore {}, savedInt {}, savedQuit {};
+  struct sigaction ignore {
+  }, savedInt{}, savedQuit{};
   ignore.sa_handler = SIG_IGN;
   sigemptyset(&ignore.sa_mask);
   sigaction(SIGINT, &ignore, &savedInt);

@@ -24,9 +24,9 @@ struct ChildListener {
 
 /// How the child ended.
 struct ChildEnd {
-  int status = 1;    ///< exit status, 128 + n when killed by signal n, 127 when it could not start
-  int signal = 0;    ///< the killing signal, 0 if it exited
-  std::string why;   ///< why it could not start, empty otherwise
+  int status = 1;   ///< exit status, 128 + n when killed by signal n, 127 when it could not start
+  int signal = 0;   ///< the killing signal, 0 if it exited
+  std::string why;  ///< why it could not start, empty otherwise
 };
 
 /// Runs `argv` (argv[0] a path) with environment `env`, writing its output through to

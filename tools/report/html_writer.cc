@@ -149,8 +149,8 @@ void distribution(std::ostream& out, const PatternStats& entry) {
         << "' height='" << number(h) << "' fill='#5a9a5a'><title>" << counts[k] << " from "
         << number(static_cast<double>(low) + k * width) << " us</title></rect>";
   }
-  out << "<text x='5' y='" << height + 15 << "' font-size='10'>" << low << " us</text><text x='"
-      << kChartWidth - 60 << "' y='" << height + 15 << "' font-size='10'>" << high << " us</text></svg>\n";
+  out << "<text x='5' y='" << height + 15 << "' font-size='10'>" << low << " us</text><text x='" << kChartWidth - 60
+      << "' y='" << height + 15 << "' font-size='10'>" << high << " us</text></svg>\n";
 }
 
 }  // namespace
@@ -160,13 +160,26 @@ std::string htmlEscaped(const std::string& text) {
   out.reserve(text.size());
   for (char c : text) {
     switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      case '\'': out += "&#39;"; break;
-      case '\r': out += "\\r"; break;
-      default: out += c;
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '"':
+        out += "&quot;";
+        break;
+      case '\'':
+        out += "&#39;";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      default:
+        out += c;
     }
   }
   return out;

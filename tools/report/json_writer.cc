@@ -14,18 +14,24 @@ using nlohmann::json;
 
 const char* outcomeName(Outcome outcome) {
   switch (outcome) {
-    case Outcome::kPassed: return "passed";
-    case Outcome::kFailed: return "failed";
-    case Outcome::kSkipped: return "skipped";
+    case Outcome::kPassed:
+      return "passed";
+    case Outcome::kFailed:
+      return "failed";
+    case Outcome::kSkipped:
+      return "skipped";
   }
   return "?";
 }
 
 const char* runEndName(RunEnd end) {
   switch (end) {
-    case RunEnd::kPassed: return "passed";
-    case RunEnd::kFailed: return "failed";
-    case RunEnd::kIncomplete: return "incomplete";
+    case RunEnd::kPassed:
+      return "passed";
+    case RunEnd::kFailed:
+      return "failed";
+    case RunEnd::kIncomplete:
+      return "incomplete";
   }
   return "?";
 }
@@ -35,10 +41,11 @@ json provenanceJson(const Provenance& facts) {
   for (const auto& [name, value] : facts.settings) settings[name] = value;
   return {{"tool_version", facts.toolVersion},
           {"commit", facts.commit},
-          {"library", {{"path", facts.library.path},
-                       {"build_id", facts.library.buildId},
-                       {"host_library", facts.library.hostLibrary},
-                       {"found_by", facts.library.how}}},
+          {"library",
+           {{"path", facts.library.path},
+            {"build_id", facts.library.buildId},
+            {"host_library", facts.library.hostLibrary},
+            {"found_by", facts.library.how}}},
           {"settings", settings},
           {"host", facts.host},
           {"date", facts.date},
@@ -106,12 +113,16 @@ std::string resultsJson(const Plan& plan, const Results& results, const Provenan
     for (size_t e = 0; e < run.executions.size(); ++e) executions.push_back(executionJson(plan, run, e));
     json order = json::array();
     for (size_t group : run.groupOrder) order.push_back(group == kUnknown ? json(nullptr) : json(group));
-    runs.push_back({{"number", run.number}, {"end", runEndName(run.end)}, {"group_order", order},
-                    {"group_starts", run.groupStarts}, {"executions", executions}});
+    runs.push_back({{"number", run.number},
+                    {"end", runEndName(run.end)},
+                    {"group_order", order},
+                    {"group_starts", run.groupStarts},
+                    {"executions", executions}});
   }
   json stats = json::array();
   for (const PatternStats& entry : patternStats(plan, results)) {
-    stats.push_back({{"pattern", entry.pattern}, {"ip_us", spreadJson(entry.ip)}, {"driver_us", spreadJson(entry.driver)}});
+    stats.push_back(
+        {{"pattern", entry.pattern}, {"ip_us", spreadJson(entry.ip)}, {"driver_us", spreadJson(entry.driver)}});
   }
   json unknown = json::array();
   for (const UnknownLine& line : results.unknown) {

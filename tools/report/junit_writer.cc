@@ -60,8 +60,8 @@ Counts writeRun(XMLElement* suite, const Plan& plan, const Run& run, const std::
         argCase->InsertNewChildElement("skipped")->SetAttribute("message", "no golden data for the argument");
         ++counts.skipped;
       } else if (verdict.outcome == Outcome::kFailed) {
-        fault(argCase, "failure", "result does not match golden data: " +
-                                      describeDiff(verdict.diff, goldenOf(plan, execution, verdict)));
+        fault(argCase, "failure",
+              "result does not match golden data: " + describeDiff(verdict.diff, goldenOf(plan, execution, verdict)));
         ++counts.failures;
       }
     }

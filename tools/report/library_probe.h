@@ -5,18 +5,19 @@
 #ifndef KESH_REPORT_LIBRARY_PROBE_H_
 #define KESH_REPORT_LIBRARY_PROBE_H_
 
-#include <string>
 #include <sys/types.h>
+
+#include <string>
 #include <vector>
 
 namespace kesh::report {
 
 /// What is known of the loaded library; empty path when it could not be learnt.
 struct LibraryFacts {
-  std::string path;        ///< the file the loader mapped
-  std::string buildId;     ///< lower-case hex of the GNU build id, empty if none
-  bool hostLibrary = false;///< the file is the host library (it reads KESH_EMU_* settings)
-  std::string how;         ///< "process map" or "loader resolution"
+  std::string path;          ///< the file the loader mapped
+  std::string buildId;       ///< lower-case hex of the GNU build id, empty if none
+  bool hostLibrary = false;  ///< the file is the host library (it reads KESH_EMU_* settings)
+  std::string how;           ///< "process map" or "loader resolution"
 };
 
 /// The library's path as mapped into the running process `pid`, empty if not (yet) mapped.

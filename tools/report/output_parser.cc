@@ -11,7 +11,9 @@ namespace {
 constexpr size_t kFirstValuesKept = 8;
 constexpr char kFailedVerdict[] = "Test failed for argument ";
 
-bool startsWith(const std::string& text, const char* prefix) { return text.compare(0, std::strlen(prefix), prefix) == 0; }
+bool startsWith(const std::string& text, const char* prefix) {
+  return text.compare(0, std::strlen(prefix), prefix) == 0;
+}
 
 // The rest of `text` after `prefix` into `rest`, when it begins so.
 bool after(const std::string& text, const char* prefix, std::string& rest) {
@@ -64,7 +66,7 @@ const char* const kHelpLines[] = {
 };
 
 const char* const kSetUpPrefixes[] = {
-    "Pattern binary: ",     "Pattern input ",     "Pattern golden ",    "Set boost value to ",
+    "Pattern binary: ",      "Pattern input ",     "Pattern golden ",    "Set boost value to ",
     "Set core affinity to ", "Set hard limit to ", "Set soft limit to ", "Test default case: ",
 };
 
@@ -374,7 +376,8 @@ void OutputParser::listValues(const char* begin, const char* end) {
     if (value == 0) continue;
     if (diff_.differing++ == 0) diff_.firstOffset = offset;
     diff_.lastOffset = offset;
-    if (diff_.firstValues.size() < kFirstValuesKept) diff_.firstValues.emplace_back(offset, static_cast<uint8_t>(value));
+    if (diff_.firstValues.size() < kFirstValuesKept)
+      diff_.firstValues.emplace_back(offset, static_cast<uint8_t>(value));
   }
 }
 

@@ -59,11 +59,11 @@ class OutputParser {
   bool expectDiffHeader_ = false;
   DiffSummary diff_;
   std::vector<int64_t> pendingBoosts_;
-  size_t groupStart_ = 0;     // first execution of the current group
+  size_t groupStart_ = 0;  // first execution of the current group
   size_t plannedGroup_ = kUnknown;
-  size_t started_ = 0;        // executions of the group started
-  size_t infoCursor_ = 0;     // executions of the group whose info was printed
-  size_t verdictExec_ = 0;    // the group's execution the next verdict belongs to
+  size_t started_ = 0;      // executions of the group started
+  size_t infoCursor_ = 0;   // executions of the group whose info was printed
+  size_t verdictExec_ = 0;  // the group's execution the next verdict belongs to
   size_t verdictPattern_ = 0;
   size_t verdictArg_ = 0;
   size_t timingExec_ = kUnknown;

@@ -29,18 +29,18 @@ struct PlannedPattern {
 
 /// One command set.
 struct PlannedSet {
-  std::string label;                      ///< "FILE:LINE", or "<command line>"
-  std::string text;                       ///< the text the tool echoes in "Running command: "
-  std::vector<PlannedPattern> patterns;   ///< in order
+  std::string label;                     ///< "FILE:LINE", or "<command line>"
+  std::string text;                      ///< the text the tool echoes in "Running command: "
+  std::vector<PlannedPattern> patterns;  ///< in order
 };
 
 /// Everything the output is read against.
 struct Plan {
-  std::vector<PlannedSet> sets;                 ///< every built set, in input order
-  std::vector<std::vector<size_t>> groups;      ///< per group in run order: executions as set indices
-  int32_t loopCount = 1;                        ///< runs; -1 repeats until one fails
-  bool help = false;                            ///< -h: nothing runs
-  size_t executionsPerRun() const;              ///< executions of all groups together
+  std::vector<PlannedSet> sets;             ///< every built set, in input order
+  std::vector<std::vector<size_t>> groups;  ///< per group in run order: executions as set indices
+  int32_t loopCount = 1;                    ///< runs; -1 repeats until one fails
+  bool help = false;                        ///< -h: nothing runs
+  size_t executionsPerRun() const;          ///< executions of all groups together
 };
 
 /// The plan of kesh_player run with `args` (without word 0). Never ends the process.

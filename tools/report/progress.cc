@@ -27,7 +27,8 @@ std::string progressText(int64_t done, int64_t total, size_t failures, double el
   text += ", " + std::to_string(failures) + (failures == 1 ? " failure" : " failures");
   text += ", " + clock(elapsedSeconds) + " elapsed";
   if (total > 0 && done > 0 && done < total) {
-    text += ", about " + clock(elapsedSeconds / static_cast<double>(done) * static_cast<double>(total - done)) + " left";
+    text +=
+        ", about " + clock(elapsedSeconds / static_cast<double>(done) * static_cast<double>(total - done)) + " left";
   }
   return text;
 }

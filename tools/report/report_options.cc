@@ -13,7 +13,7 @@ bool parseReportOptions(const std::vector<std::string>& args, ReportOptions& opt
   size_t k = 0;
   for (; k < args.size() && args[k] != "--"; ++k) {
     const std::string& word = args[k];
-    std::string* into = word == "--junit" ? &options.junit
+    std::string* into = word == "--junit"  ? &options.junit
                         : word == "--json" ? &options.json
                         : word == "--csv"  ? &options.csv
                         : word == "--html" ? &options.html

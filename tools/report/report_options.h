@@ -11,14 +11,14 @@ namespace kesh::report {
 
 /// What kesh_report was asked to do.
 struct ReportOptions {
-  std::string junit;                ///< JUnit XML file, empty for none
-  std::string json;                 ///< JSON file, empty for none
-  std::string csv;                  ///< timing statistics CSV, empty for none
-  std::string html;                 ///< HTML page, empty for none
-  std::string log;                  ///< read this captured output instead of running the tool
-  int status = 0;                   ///< with a log: the status the tool ended with
-  bool statusGiven = false;         ///< --status was given
-  std::vector<std::string> tool;    ///< the tool's words, word 0 its program
+  std::string junit;              ///< JUnit XML file, empty for none
+  std::string json;               ///< JSON file, empty for none
+  std::string csv;                ///< timing statistics CSV, empty for none
+  std::string html;               ///< HTML page, empty for none
+  std::string log;                ///< read this captured output instead of running the tool
+  int status = 0;                 ///< with a log: the status the tool ended with
+  bool statusGiven = false;       ///< --status was given
+  std::vector<std::string> tool;  ///< the tool's words, word 0 its program
 };
 
 /// Reads `args` (without word 0) into `options`; returns false with the reason in `why`.

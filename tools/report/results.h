@@ -18,10 +18,10 @@ constexpr size_t kUnknown = static_cast<size_t>(-1);
 
 /// A diff listing boiled down: the listing holds one XOR value per golden byte.
 struct DiffSummary {
-  uint64_t listedBytes = 0;    ///< values listed (the golden's length)
-  uint64_t differing = 0;      ///< values that are not 0
-  uint64_t firstOffset = 0;    ///< offset of the first differing byte
-  uint64_t lastOffset = 0;     ///< offset of the last differing byte
+  uint64_t listedBytes = 0;                               ///< values listed (the golden's length)
+  uint64_t differing = 0;                                 ///< values that are not 0
+  uint64_t firstOffset = 0;                               ///< offset of the first differing byte
+  uint64_t lastOffset = 0;                                ///< offset of the last differing byte
   std::vector<std::pair<uint64_t, uint8_t>> firstValues;  ///< the first few (offset, XOR value)
 };
 
@@ -60,11 +60,11 @@ enum class RunEnd { kIncomplete, kPassed, kFailed };
 
 /// One run (one round of every group).
 struct Run {
-  int64_t number = 0;                  ///< 1-based
-  RunEnd end = RunEnd::kIncomplete;    ///< its verdict line, if printed
-  std::vector<Execution> executions;   ///< in printed order
-  std::vector<size_t> groupOrder;      ///< plan group index per group in run order (kUnknown if unmatched)
-  std::vector<size_t> groupStarts;     ///< index of each group's first execution
+  int64_t number = 0;                 ///< 1-based
+  RunEnd end = RunEnd::kIncomplete;   ///< its verdict line, if printed
+  std::vector<Execution> executions;  ///< in printed order
+  std::vector<size_t> groupOrder;     ///< plan group index per group in run order (kUnknown if unmatched)
+  std::vector<size_t> groupStarts;    ///< index of each group's first execution
 };
 
 /// A line that was not in the output's grammar.
@@ -75,14 +75,14 @@ struct UnknownLine {
 
 /// Everything read.
 struct Results {
-  std::vector<Run> runs;                   ///< in order
-  std::vector<std::string> fatal;          ///< process-ending lines of standard error
-  std::vector<std::string> notices;        ///< standard error lines that do not end the process
-  std::vector<UnknownLine> unknown;        ///< lines outside the grammar
-  bool helpShown = false;                  ///< the usage text was printed
-  int status = -1;                         ///< exit status; 128 + n for signal n
-  int signal = 0;                          ///< the signal that killed it, 0 if none
-  size_t failedVerdicts = 0;               ///< "Test failed" lines so far
+  std::vector<Run> runs;             ///< in order
+  std::vector<std::string> fatal;    ///< process-ending lines of standard error
+  std::vector<std::string> notices;  ///< standard error lines that do not end the process
+  std::vector<UnknownLine> unknown;  ///< lines outside the grammar
+  bool helpShown = false;            ///< the usage text was printed
+  int status = -1;                   ///< exit status; 128 + n for signal n
+  int signal = 0;                    ///< the signal that killed it, 0 if none
+  size_t failedVerdicts = 0;         ///< "Test failed" lines so far
 };
 
 }  // namespace kesh::report

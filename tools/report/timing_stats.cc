@@ -23,7 +23,8 @@ Spread spreadOf(std::vector<int64_t>& values) {
   for (int64_t value : values) sum += static_cast<double>(value);
   spread.mean = sum / static_cast<double>(n);
   double squares = 0;
-  for (int64_t value : values) squares += (static_cast<double>(value) - spread.mean) * (static_cast<double>(value) - spread.mean);
+  for (int64_t value : values)
+    squares += (static_cast<double>(value) - spread.mean) * (static_cast<double>(value) - spread.mean);
   spread.stddev = std::sqrt(squares / static_cast<double>(n));
   return spread;
 }
@@ -95,9 +96,9 @@ void writeStatsTable(std::ostream& out, const std::vector<PatternStats>& stats) 
   out << line;
   for (const PatternStats& entry : stats) {
     for (const auto& [kind, s] : {std::pair<const char*, const Spread&>{"ip", entry.ip}, {"driver", entry.driver}}) {
-      std::snprintf(line, sizeof line, "%-*s %-6s %6zu %9lld %9.1f %9.1f %9lld %9lld %9.1f\n",
-                    static_cast<int>(width), entry.pattern.c_str(), kind, s.count, static_cast<long long>(s.min),
-                    s.median, s.mean, static_cast<long long>(s.p95), static_cast<long long>(s.max), s.stddev);
+      std::snprintf(line, sizeof line, "%-*s %-6s %6zu %9lld %9.1f %9.1f %9lld %9lld %9.1f\n", static_cast<int>(width),
+                    entry.pattern.c_str(), kind, s.count, static_cast<long long>(s.min), s.median, s.mean,
+                    static_cast<long long>(s.p95), static_cast<long long>(s.max), s.stddev);
       out << line;
     }
   }

@@ -16,13 +16,13 @@ namespace kesh::report {
 
 /// Summary of one series of times in microseconds.
 struct Spread {
-  size_t count = 0;    ///< values
-  int64_t min = 0;     ///< smallest
-  double median = 0;   ///< middle value (mean of the two middle ones)
-  double mean = 0;     ///< average
-  int64_t p95 = 0;     ///< nearest-rank 95th percentile
-  int64_t max = 0;     ///< largest
-  double stddev = 0;   ///< population standard deviation
+  size_t count = 0;   ///< values
+  int64_t min = 0;    ///< smallest
+  double median = 0;  ///< middle value (mean of the two middle ones)
+  double mean = 0;    ///< average
+  int64_t p95 = 0;    ///< nearest-rank 95th percentile
+  int64_t max = 0;    ///< largest
+  double stddev = 0;  ///< population standard deviation
 };
 
 /// The spread of `values` (reordered); all zero when empty.
@@ -30,11 +30,11 @@ Spread spreadOf(std::vector<int64_t>& values);
 
 /// One pattern's times over all executions.
 struct PatternStats {
-  std::string pattern;            ///< the pattern file or "case N"
-  std::vector<int64_t> ipTimes;   ///< every IP time, in order read
+  std::string pattern;               ///< the pattern file or "case N"
+  std::vector<int64_t> ipTimes;      ///< every IP time, in order read
   std::vector<int64_t> driverTimes;  ///< every driver time, in order read
-  Spread ip;                      ///< spread of ipTimes
-  Spread driver;                  ///< spread of driverTimes
+  Spread ip;                         ///< spread of ipTimes
+  Spread driver;                     ///< spread of driverTimes
 };
 
 /// Per distinct pattern, in order of first appearance in the plan.

@@ -58,7 +58,8 @@ const char kGroupB[] =
 Results parse(const Plan& plan, const std::string& out, size_t chunk = 0) {
   OutputParser parser(plan);
   if (chunk == 0) chunk = out.size();
-  for (size_t at = 0; at < out.size(); at += chunk) parser.feedStdout(out.data() + at, std::min(chunk, out.size() - at));
+  for (size_t at = 0; at < out.size(); at += chunk)
+    parser.feedStdout(out.data() + at, std::min(chunk, out.size() - at));
   parser.finish(0, 0);
   return parser.results();
 }
@@ -71,7 +72,8 @@ std::string unknownLines(const Results& results) {
 
 TEST(OutputParser, AttributesVerdictsToExecutionsAndPatterns) {
   const Plan plan = twoSets();
-  const std::string out = std::string("[1/1] Test pattern start...\n") + kGroupA + kGroupB + "[1/1] Test pattern failed!!!\n";
+  const std::string out =
+      std::string("[1/1] Test pattern start...\n") + kGroupA + kGroupB + "[1/1] Test pattern failed!!!\n";
   const Results results = parse(plan, out);
   EXPECT_EQ(unknownLines(results), "");
   ASSERT_EQ(results.runs.size(), 1u);
@@ -136,9 +138,11 @@ TEST_P(DiffListing, IsSummarised) {
   Plan plan;
   plan.sets = {{"<command line>", " -f a.bin", {{"a.bin", {{"out", 64, ""}}, true}}}};
   plan.groups = {{0}};
-  const Results results = parse(plan, "Test pattern start...\nRunning command:  -f a.bin\n"
-                                      "Execution info of command:  -f a.bin\n"
-                                      "Result does not match golden data.\nDiff:\n" + row.listing);
+  const Results results = parse(plan,
+                                "Test pattern start...\nRunning command:  -f a.bin\n"
+                                "Execution info of command:  -f a.bin\n"
+                                "Result does not match golden data.\nDiff:\n" +
+                                    row.listing);
   EXPECT_EQ(unknownLines(results), "");
   ASSERT_EQ(results.runs.at(0).executions.at(0).verdicts.size(), 1u);
   const Verdict& verdict = results.runs[0].executions[0].verdicts[0];
@@ -159,12 +163,12 @@ std::string sixteen(const char* value) {
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, DiffListing,
-    ::testing::Values(
-        ListingRow{"WholeLinesThenVerdictLine", sixteen("0") + sixteen("ff") + "Test failed for argument out\n", 32,
-                   16, 16, 31, 8},
-        ListingRow{"ShortLastLineCarriesVerdict", "0 1 0 0  0 0 0 0  0 0 0 0  0 0 0 0 \n0 0 0 80 Test failed for argument out\n",
-                   20, 2, 1, 19, 2},
-        ListingRow{"SingleByte", "7 Test failed for argument out\n", 1, 1, 0, 0, 1}),
+    ::testing::Values(ListingRow{"WholeLinesThenVerdictLine",
+                                 sixteen("0") + sixteen("ff") + "Test failed for argument out\n", 32, 16, 16, 31, 8},
+                      ListingRow{"ShortLastLineCarriesVerdict",
+                                 "0 1 0 0  0 0 0 0  0 0 0 0  0 0 0 0 \n0 0 0 80 Test failed for argument out\n", 20, 2,
+                                 1, 19, 2},
+                      ListingRow{"SingleByte", "7 Test failed for argument out\n", 1, 1, 0, 0, 1}),
     [](const ::testing::TestParamInfo<ListingRow>& rowInfo) { return std::string(rowInfo.param.label); });
 
 TEST(OutputParser, SortsStandardErrorAndFlagsUnknownLines) {
@@ -177,7 +181,8 @@ TEST(OutputParser, SortsStandardErrorAndFlagsUnknownLines) {
   parser.feedStdout(out.data(), out.size());
   parser.finish(1, 0);
   const Results& results = parser.results();
-  EXPECT_EQ(results.notices, (std::vector<std::string>{"Pattern argument in not set", "Failed to add pattern to graph"}));
+  EXPECT_EQ(results.notices,
+            (std::vector<std::string>{"Pattern argument in not set", "Failed to add pattern to graph"}));
   EXPECT_EQ(results.fatal, (std::vector<std::string>{"Failed to play pattern"}));
   ASSERT_EQ(results.unknown.size(), 2u);
   EXPECT_TRUE(results.unknown[0].onStderr);

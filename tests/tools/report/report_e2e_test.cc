@@ -4,12 +4,11 @@
 // and counts what happened, the JSON parses and names the library that ran;
 // and every line the tool printed is one the output grammar knows.
 #include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -45,21 +44,39 @@ std::vector<std::string> with(std::vector<std::string> args, const std::vector<s
 // Per execution: one case for it, one skipped ("in" has no golden), one compared ("out").
 const Case kCases[] = {
     {"Passing", kCopy, "", 0, 1, 3, 0, 0, 1, {"&lt;command line&gt;", "&lt;command line&gt; copy.bin out"}},
-    {"FailingWithDiff", {"-f", "copy.bin", "-i", "in.bin", "-o", "flipped/out.bin"}, "", 255, 1, 3, 1, 0, 1,
+    {"FailingWithDiff",
+     {"-f", "copy.bin", "-i", "in.bin", "-o", "flipped/out.bin"},
+     "",
+     255,
+     1,
+     3,
+     1,
+     0,
+     1,
      {"&lt;command line&gt; copy.bin out"}},
     {"FatalLibraryFailure", kCopy, "keshPlayPatternGraph@1", 1, 1, 2, 0, 2, 0, {"run 1 end"}},
     {"Crash", {"-f", "copy.bin", "-i", "long/in.bin", "-o", "out.bin"}, "", 139, 1, 2, 0, 2, 0, {"run 1 end"}},
     {"Loops", with(kCopy, {"-l", "3"}), "", 0, 3, 9, 0, 0, 3, {}},
     {"Groups", {"--command", "grouped.txt"}, "", 0, 1, 6, 0, 0, 2, {"grouped.txt:1", "grouped.txt:2 copy.bin out"}},
-    {"ShuffledGroups", {"--command", "grouped.txt", "--command", "single.txt", "-r", "-l", "2"}, "", 0, 2, 18, 0, 0,
-     6, {"single.txt:1", "grouped.txt:2"}, true},
+    {"ShuffledGroups",
+     {"--command", "grouped.txt", "--command", "single.txt", "-r", "-l", "2"},
+     "",
+     0,
+     2,
+     18,
+     0,
+     0,
+     6,
+     {"single.txt:1", "grouped.txt:2"},
+     true},
     {"SetUpFault", {"-f", "missing.bin"}, "", 1, 1, 1, 0, 1, 0, {"set-up"}},
     {"Help", {"-h"}, "", 0, 0, 0, 0, 0, 0, {}},
 };
 
 // Numbers that differ from one run to the next.
 std::string maskTimes(const std::string& out) {
-  static const std::regex kVarying("((time|Timestamp start|Timestamp end) of sub-command [0-9]+: |Random boost value: )-?[0-9]+");
+  static const std::regex kVarying(
+      "((time|Timestamp start|Timestamp end) of sub-command [0-9]+: |Random boost value: )-?[0-9]+");
   return std::regex_replace(out, kVarying, "$1#");
 }
 
@@ -110,11 +127,10 @@ TEST_P(Report, PassesThroughAndWritesResults) {
   const Case& row = GetParam();
   const ChildResult direct = start(with({KESH_PLAYER_PATH}, row.args), row.failing);
   ASSERT_EQ(statusOf(direct), row.status) << direct.err;
-  const ChildResult report = start(
-      with({KESH_REPORT_PATH, "--junit", "r.xml", "--json", "r.json", "--csv", "r.csv", "--html", "r.html", "--",
-            KESH_PLAYER_PATH},
-           row.args),
-      row.failing);
+  const ChildResult report = start(with({KESH_REPORT_PATH, "--junit", "r.xml", "--json", "r.json", "--csv", "r.csv",
+                                         "--html", "r.html", "--", KESH_PLAYER_PATH},
+                                        row.args),
+                                   row.failing);
 
   EXPECT_EQ(statusOf(report), row.status) << report.err;
   // Shuffled groups print in an order of their own on every run: then only the lines must agree.
@@ -133,7 +149,8 @@ TEST_P(Report, PassesThroughAndWritesResults) {
   EXPECT_EQ(attribute(xml, "failures"), row.failures) << xml;
   EXPECT_EQ(attribute(xml, "errors"), row.errors) << xml;
   EXPECT_EQ(attribute(xml, "skipped"), row.skipped) << xml;
-  for (const std::string& name : row.caseNames) EXPECT_NE(xml.find("name=\"" + name + "\""), std::string::npos) << name << "\n" << xml;
+  for (const std::string& name : row.caseNames)
+    EXPECT_NE(xml.find("name=\"" + name + "\""), std::string::npos) << name << "\n" << xml;
 
   const nlohmann::json json = nlohmann::json::parse(readFile(dir_ + "/r.json"));
   EXPECT_EQ(json["exit_status"], row.status);
@@ -152,11 +169,11 @@ TEST_P(Report, EveryLineOfTheToolIsInTheGrammar) {
   const Case& row = GetParam();
   const ChildResult direct = start(with({KESH_PLAYER_PATH}, row.args), row.failing);
   writeText("direct.log", direct.out + direct.err);
-  const ChildResult report = start(with({KESH_REPORT_PATH, "--log", "direct.log", "--status",
-                                         std::to_string(statusOf(direct)), "--json", "log.json", "--",
-                                         KESH_PLAYER_PATH},
-                                        row.args),
-                                   "");
+  const ChildResult report =
+      start(with({KESH_REPORT_PATH, "--log", "direct.log", "--status", std::to_string(statusOf(direct)), "--json",
+                  "log.json", "--", KESH_PLAYER_PATH},
+                 row.args),
+            "");
   EXPECT_EQ(statusOf(report), statusOf(direct)) << report.err;
   const nlohmann::json json = nlohmann::json::parse(readFile(dir_ + "/log.json"));
   EXPECT_EQ(json["unknown_lines"].size(), 0u) << json["unknown_lines"].dump();
@@ -167,9 +184,9 @@ TEST_P(Report, EveryLineOfTheToolIsInTheGrammar) {
 struct LineCase {
   const char* label;
   std::vector<std::string> args;
-  std::string failing;   // KESH_EMU_FAIL
-  std::string printed;   // a line the row is there for
-  size_t fatalLines;     // how many of them end the tool
+  std::string failing;  // KESH_EMU_FAIL
+  std::string printed;  // a line the row is there for
+  size_t fatalLines;    // how many of them end the tool
 };
 
 class Grammar : public PlayerTest, public ::testing::WithParamInterface<LineCase> {};
@@ -215,10 +232,13 @@ const LineCase kLineCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, Grammar, ::testing::ValuesIn(kLineCases),
-                         [](const ::testing::TestParamInfo<LineCase>& rowInfo) { return std::string(rowInfo.param.label); });
+                         [](const ::testing::TestParamInfo<LineCase>& rowInfo) {
+                           return std::string(rowInfo.param.label);
+                         });
 
-INSTANTIATE_TEST_SUITE_P(Rows, Report, ::testing::ValuesIn(kCases),
-                         [](const ::testing::TestParamInfo<Case>& rowInfo) { return std::string(rowInfo.param.label); });
+INSTANTIATE_TEST_SUITE_P(Rows, Report, ::testing::ValuesIn(kCases), [](const ::testing::TestParamInfo<Case>& rowInfo) {
+  return std::string(rowInfo.param.label);
+});
 
 // The first program of `names` on PATH, "" when none is.
 std::string onPath(const std::vector<std::string>& names) {
@@ -243,8 +263,12 @@ TEST_F(Report, HtmlOpensInAHeadlessBrowser) {
   const ChildResult report =
       start({KESH_REPORT_PATH, "--html", "r.html", "--", KESH_PLAYER_PATH, "--command", "eight.txt", "-l", "3"}, "");
   ASSERT_EQ(statusOf(report), 0) << report.err;
-  const std::vector<std::string> common = {browser, "--headless", "--no-sandbox", "--disable-gpu",
-                                           "--user-data-dir=" + dir_ + "/profile", "--enable-logging=stderr"};
+  const std::vector<std::string> common = {browser,
+                                           "--headless",
+                                           "--no-sandbox",
+                                           "--disable-gpu",
+                                           "--user-data-dir=" + dir_ + "/profile",
+                                           "--enable-logging=stderr"};
   ChildTask dom;
   dom.argv = with(common, {"--dump-dom", "file://" + dir_ + "/r.html"});
   const ChildResult page = runChild(dom);
@@ -254,9 +278,11 @@ TEST_F(Report, HtmlOpensInAHeadlessBrowser) {
   size_t pictures = 0;
   for (size_t at = page.out.find("<svg"); at != std::string::npos; at = page.out.find("<svg", at + 1)) ++pictures;
   EXPECT_EQ(pictures, 4u);
-  for (const char* scriptError : {"Uncaught", "CONSOLE"}) EXPECT_EQ(page.err.find(scriptError), std::string::npos) << page.err;
+  for (const char* scriptError : {"Uncaught", "CONSOLE"})
+    EXPECT_EQ(page.err.find(scriptError), std::string::npos) << page.err;
   ChildTask shot;
-  shot.argv = with(common, {"--window-size=1100,1600", "--screenshot=" KESH_REPORT_SCREENSHOT, "file://" + dir_ + "/r.html"});
+  shot.argv =
+      with(common, {"--window-size=1100,1600", "--screenshot=" KESH_REPORT_SCREENSHOT, "file://" + dir_ + "/r.html"});
   const ChildResult picture = runChild(shot);
   ASSERT_EQ(picture.status, 0) << picture.err;
   EXPECT_EQ(readFile(KESH_REPORT_SCREENSHOT).substr(1, 3), "PNG");
@@ -274,10 +300,12 @@ class ReportRefuses : public Report {};
 TEST_F(ReportRefuses, BadInput) {
   writeText("not_a_log.txt", "hello\nworld\n");
   const BadUse kBad[] = {
-      {"UnwritableOutput", {"--junit", "no/such/dir/r.xml", "--", KESH_PLAYER_PATH, "-t", "4"},
+      {"UnwritableOutput",
+       {"--junit", "no/such/dir/r.xml", "--", KESH_PLAYER_PATH, "-t", "4"},
        "kesh_report: cannot write 'no/such/dir/r.xml'"},
       {"NoTool", {"--json", "r.json"}, "kesh_report: no tool to run"},
-      {"ForeignLog", {"--log", "not_a_log.txt", "--status", "0", "--", KESH_PLAYER_PATH},
+      {"ForeignLog",
+       {"--log", "not_a_log.txt", "--status", "0", "--", KESH_PLAYER_PATH},
        "kesh_report: 'not_a_log.txt' is not kesh_player's output"},
       {"LogWithoutStatus", {"--log", "not_a_log.txt", "--", KESH_PLAYER_PATH}, "kesh_report: --log needs --status"},
   };

@@ -51,13 +51,14 @@ TEST_P(AbnormalEnd, Rows) {
   EXPECT_EQ(abnormalEnd(results), row.told);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, AbnormalEnd,
-    ::testing::Values(EndRow{"Passed", {}, 0, 0, ""}, EndRow{"RunFailed", {}, 255, 0, ""},
-                      EndRow{"Fatal", {"Failed to play pattern"}, 1, 0, "Failed to play pattern"},
-                      EndRow{"Signal", {}, 139, 11, "killed by signal 11 (Segmentation fault)"},
-                      EndRow{"SilentStatus", {}, 3, 0, "kesh_player ended with status 3"}),
-    [](const ::testing::TestParamInfo<EndRow>& rowInfo) { return std::string(rowInfo.param.label); });
+INSTANTIATE_TEST_SUITE_P(Rows, AbnormalEnd,
+                         ::testing::Values(EndRow{"Passed", {}, 0, 0, ""}, EndRow{"RunFailed", {}, 255, 0, ""},
+                                           EndRow{"Fatal", {"Failed to play pattern"}, 1, 0, "Failed to play pattern"},
+                                           EndRow{"Signal", {}, 139, 11, "killed by signal 11 (Segmentation fault)"},
+                                           EndRow{"SilentStatus", {}, 3, 0, "kesh_player ended with status 3"}),
+                         [](const ::testing::TestParamInfo<EndRow>& rowInfo) {
+                           return std::string(rowInfo.param.label);
+                         });
 
 struct OptionsRow {
   const char* label;
@@ -78,12 +79,14 @@ TEST_P(ParseReportOptions, Rows) {
 INSTANTIATE_TEST_SUITE_P(
     Rows, ParseReportOptions,
     ::testing::Values(
-        OptionsRow{"AllOutputs", {"--junit", "a", "--json", "b", "--csv", "c", "--html", "d", "--", "p", "-t", "0"}, ""},
+        OptionsRow{
+            "AllOutputs", {"--junit", "a", "--json", "b", "--csv", "c", "--html", "d", "--", "p", "-t", "0"}, ""},
         OptionsRow{"Log", {"--log", "l", "--status", "139", "--", "p"}, ""},
         OptionsRow{"NoDashes", {"--junit", "a", "p"}, "unknown option 'p'"},
         OptionsRow{"NoTool", {"--junit", "a", "--"}, "no tool to run: give '--' and the kesh_player command"},
         OptionsRow{"MissingValue", {"--junit"}, "option '--junit' needs a value"},
-        OptionsRow{"StatusOutOfRange", {"--log", "l", "--status", "256", "--", "p"},
+        OptionsRow{"StatusOutOfRange",
+                   {"--log", "l", "--status", "256", "--", "p"},
                    "--status needs an exit status from 0 to 255, not '256'"},
         OptionsRow{"StatusWithoutLog", {"--status", "1", "--", "p"}, "--status is only meaningful with --log"}),
     [](const ::testing::TestParamInfo<OptionsRow>& rowInfo) { return std::string(rowInfo.param.label); });

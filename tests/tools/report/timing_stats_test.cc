@@ -1,12 +1,12 @@
 // Spread of a series of times: the order statistics and moments a farm reads.
 #include "report/timing_stats.h"
 
-#include "report/progress.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
+
+#include "report/progress.h"
 
 namespace kesh::report {
 namespace {
@@ -45,8 +45,7 @@ std::vector<int64_t> oneTo(int64_t n) {
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, SpreadOf,
-    ::testing::Values(SpreadRow{"Empty", {}, 0, 0, 0, 0, 0, 0},
-                      SpreadRow{"One", {7}, 7, 7, 7, 7, 7, 0},
+    ::testing::Values(SpreadRow{"Empty", {}, 0, 0, 0, 0, 0, 0}, SpreadRow{"One", {7}, 7, 7, 7, 7, 7, 0},
                       SpreadRow{"EvenCountMedianIsMidpoint", {4, 1, 3, 2}, 1, 2.5, 2.5, 4, 4, 1.118033988749895},
                       SpreadRow{"NearestRankP95OfTwenty", oneTo(20), 1, 10.5, 10.5, 19, 20, 5.766281297335398},
                       SpreadRow{"NearestRankP95OfHundredAndOne", oneTo(101), 1, 51, 51, 96, 101, 29.154759474226502}),
