@@ -110,6 +110,10 @@ void writeResults(const ReportOptions& options, std::vector<std::unique_ptr<std:
 }  // namespace
 
 int reportMain(int argc, char** argv) {
+  if (argc == 2 && std::strcmp(argv[1], "--help") == 0) {
+    std::cout << reportUsage();
+    return 0;
+  }
   ReportOptions options;
   std::string why;
   if (!parseReportOptions(std::vector<std::string>(argv + 1, argv + argc), options, why)) {
