@@ -13,7 +13,10 @@ jobs=${KESH_ARM_JOBS:-$(nproc)}
 
 install_packages() {
   local need=() pkg
-  for pkg in cmake ninja-build g++-arm-linux-gnueabihf qemu-user googletest libhwy-dev nlohmann-json3-dev; do
+  # kesh_report links the XML library of the target's architecture (multiarch).
+  dpkg --print-foreign-architectures | grep -qx armhf || dpkg --add-architecture armhf
+  for pkg in cmake ninja-build g++-arm-linux-gnueabihf qemu-user googletest libhwy-dev nlohmann-json3-dev \
+             libxml2-utils libtinyxml2-dev:armhf; do
     dpkg -s "$pkg" >/dev/null 2>&1 || need+=("$pkg")
   done
   if [ ${#need[@]} -gt 0 ]; then
