@@ -21,7 +21,8 @@ install_packages() {
   done
   if [ ${#need[@]} -gt 0 ]; then
     export DEBIAN_FRONTEND=noninteractive
-    apt-get update -qq
+    # A foreign architecture's index may fail to refresh; what is listed still installs.
+    apt-get update -qq || echo "apt-get update reported errors; installing from the lists there are"
     apt-get install -y -qq "${need[@]}"
   fi
 }

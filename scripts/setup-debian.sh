@@ -16,6 +16,7 @@ done
 as_root=""
 [ "$(id -u)" -eq 0 ] || as_root=sudo
 echo "installing:$missing"
-$as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+$as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq ||
+  echo "apt-get update reported errors; installing from the lists there are"
 # shellcheck disable=SC2086  # a list of package names
 $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null
