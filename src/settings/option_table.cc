@@ -7,14 +7,14 @@ namespace {
 ScannerTables buildScanner(bool global) {
   ScannerTables tables;
   tables.shortOptions = ":";
-  for (const OptionSpec& spec : optionTable()) {
-    if (!global && spec.scope == OptionScope::kGlobal) continue;
-    if (hasLetter(spec.code)) {
-      tables.shortOptions += static_cast<char>(spec.code);
-      if (spec.takesArgument) tables.shortOptions += ':';
+  for (const OptionSpec& entry : optionTable()) {
+    if (!global && entry.scope == OptionScope::kGlobal) continue;
+    if (hasLetter(entry.code)) {
+      tables.shortOptions += static_cast<char>(entry.code);
+      if (entry.takesArgument) tables.shortOptions += ':';
     }
     tables.longOptions.push_back(
-        option{spec.name, spec.takesArgument ? required_argument : no_argument, nullptr, spec.code});
+        option{entry.name, entry.takesArgument ? required_argument : no_argument, nullptr, entry.code});
   }
   tables.longOptions.push_back(option{nullptr, 0, nullptr, 0});
   return tables;
@@ -46,8 +46,8 @@ const std::vector<OptionSpec>& optionTable() {
 bool hasLetter(int code) { return code > kPackOption; }
 
 bool isGathered(int code) {
-  for (const OptionSpec& spec : optionTable()) {
-    if (spec.code == code) return spec.scope == OptionScope::kPerCommand;
+  for (const OptionSpec& entry : optionTable()) {
+    if (entry.code == code) return entry.scope == OptionScope::kPerCommand;
   }
   return false;
 }
