@@ -10,10 +10,12 @@ set -euo pipefail
 mode=$1
 [ "$mode" = packages ] && { packages=$(cd "$2" && pwd); shift; }
 base=$2 source_dir=$(cd "$(dirname "$0")/../.." && pwd) work=$(mktemp -d)
-trap 'umount "$work"/*/{proc,dev/pts,dev} 2>/dev/null; rm -rf "$work"' EXIT
+trap 'umount "$work"/*/{proc,dev/pts,dev} 2>/dev/null || true; rm -rf "$work"' EXIT
 unset LD_LIBRARY_PATH
 fail() { echo "FAIL: $*" >&2; exit 1; }
-[ -x "$base/bin/sh" ] || debootstrap --variant=minbase bookworm "$base" http://deb.debian.org/debian >/dev/null
+# The base root comes from the mirror this machine's apt already uses.
+mirror=$(cat /etc/apt/sources.list /etc/apt/sources.list.d/*.list /etc/apt/sources.list.d/*.sources 2>/dev/null | grep -v "^\s*#" | grep -oE "https?://[^ ]+" | grep -v security | head -n 1 || true)
+[ -x "$base/bin/sh" ] || debootstrap --variant=minbase bookworm "$base" "$mirror" >/dev/null
 fresh_root() { cp -a "$base" "$work/$1" && echo "$work/$1"; }
 in_root() { chroot "$1" env -u LD_LIBRARY_PATH sh -c "$2"; }
 
@@ -41,7 +43,10 @@ install_into() {
   local root
   root=$(fresh_root "$1") && shift && mkdir -p "$root/tmp/debs"
   for package in "$@"; do cp "$packages/$package"_*.deb "$root/tmp/debs/"; done
-  in_root "$root" 'dpkg -i /tmp/debs/*.deb' >"$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log" >&2; fail "dpkg -i $*"; }
+  # As a user would: apt-get brings what the packages depend on from the archive.
+  cp /etc/resolv.conf "$root/etc/resolv.conf"
+  in_root "$root" 'apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq /tmp/debs/*.deb' \
+    >"$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log" >&2; fail "apt-get install $*"; }
   echo "$root"
 }
 
