@@ -13,16 +13,12 @@ jobs=${KESH_ARM_JOBS:-$(nproc)}
 
 install_packages() {
   local need=() pkg
-  # kesh_report links the XML library of the target's architecture (multiarch).
-  dpkg --print-foreign-architectures | grep -qx armhf || dpkg --add-architecture armhf
-  for pkg in cmake ninja-build g++-arm-linux-gnueabihf qemu-user googletest libhwy-dev nlohmann-json3-dev \
-             libxml2-utils libtinyxml2-dev:armhf; do
+  for pkg in cmake ninja-build g++-arm-linux-gnueabihf qemu-user googletest libhwy-dev nlohmann-json3-dev; do
     dpkg -s "$pkg" >/dev/null 2>&1 || need+=("$pkg")
   done
   if [ ${#need[@]} -gt 0 ]; then
     export DEBIAN_FRONTEND=noninteractive
-    # A foreign architecture's index may fail to refresh; what is listed still installs.
-    apt-get update -qq || echo "apt-get update reported errors; installing from the lists there are"
+    apt-get update -qq
     apt-get install -y -qq "${need[@]}"
   fi
 }

@@ -74,9 +74,8 @@ drive the KESH accelerator through libkesh_pattern_25.so.")
 
 if(CMAKE_CROSSCOMPILING)
   # dpkg-shlibdeps cannot read the target's library database; the libraries the
-  # tree needs from the system are the C and C++ runtimes, and kesh_report's XML library.
+  # tree needs from the system are the C and C++ runtimes.
   set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6, libstdc++6, libgcc-s1")
-  set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libc6, libstdc++6, libgcc-s1, libtinyxml2-9")
   if(CMAKE_OBJCOPY)
     set(CPACK_OBJCOPY_EXECUTABLE ${CMAKE_OBJCOPY})
   endif()
