@@ -1,6 +1,8 @@
-// Decodes arbitrary bytes; any pattern the reader accepts is run when its
-// buffers are small (the executor trusts the reader's bounds checks), then
-// disassembled and assembled again, which must reproduce its bytes.
+// Decodes arbitrary bytes; the library must accept exactly what the reader
+// accepts. An accepted pattern must answer every argument query and be
+// destroyed cleanly; it is run when its buffers are small (the executor trusts
+// the reader's bounds checks), then disassembled and assembled again, which
+// must reproduce its bytes.
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -10,6 +12,7 @@
 #include "format/reader.h"
 #include "format/writer.h"
 #include "kernels/executor.h"
+#include "kesh/kesh_pattern.h"
 #include "pattern_asm/text_parser.h"
 #include "pattern_asm/text_printer.h"
 
@@ -17,15 +20,13 @@ namespace {
 
 using kesh::format::Program;
 
-constexpr uint64_t kMaxExecutedBytes = 64 * 1024;
-
 // Runs the program over argument buffers of exactly their declared sizes, so
 // that the sanitizer sees any access past them.
 void execute(const Program& program) {
   uint64_t total = 0;
   for (const auto& arg : program.args) total += arg.size;
   for (uint32_t size : program.internalSizes) total += size;
-  if (total > kMaxExecutedBytes) return;
+  if (total > 64 * 1024) return;
   std::vector<std::vector<uint8_t>> buffers;
   std::vector<kesh::kernels::BufferView> views;
   buffers.reserve(program.args.size());
@@ -36,14 +37,31 @@ void execute(const Program& program) {
   kesh::kernels::executeProgram(program, views);
 }
 
+void createThroughLibrary(const uint8_t* data, size_t size, bool valid) {
+  static _kesh_player* const player = keshCreatePlayer("fuzz");
+  _pattern* pattern = keshCreatePattern(player, data, static_cast<uint32_t>(size), "fuzz");
+  if ((pattern != nullptr) != valid) std::abort();
+  if (pattern == nullptr) return;
+  std::vector<uint8_t> buffer;
+  for (int type = PATTERN_ARG_INFO_INDEX; type <= PATTERN_ARG_INFO_SIZE; ++type) {
+    uint32_t infoSize = 0;
+    const auto infoType = static_cast<pattern_arg_info_type>(type);
+    if (keshGetPatternArgInfoSize(pattern, infoType, &infoSize) != 0) std::abort();
+    buffer.assign(infoSize, 0xA5);
+    if (infoSize != 0 && keshGetPatternArgInfo(pattern, infoType, buffer.data(), infoSize) != 0) std::abort();
+  }
+  if (keshDestroyPattern(pattern) != 0) std::abort();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  Program program;
-  if (!kesh::format::decodePattern(data, size, &program, nullptr)) return 0;
+  Program program, again;
+  const bool valid = size <= UINT32_MAX && kesh::format::decodePattern(data, size, &program, nullptr);
+  if (size <= UINT32_MAX) createThroughLibrary(data, size, valid);
+  if (!valid) return 0;
   execute(program);
   const std::string text = kesh::pattern_text::formatPatternText(program);
-  Program again;
   kesh::pattern_text::TextError error;
   if (!kesh::pattern_text::parsePatternText(text, &again, &error)) std::abort();
   const std::vector<uint8_t> rebuilt = kesh::format::encodePattern(again, static_cast<uint32_t>(size));

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets (`fuzz` preset) and runs each for SECONDS on its seeds
-# (fuzz/<target>_seeds/, else the binaries built from fuzz/seeds/); prints each
-# target's executions and the total. Status 1 when a target found something,
-# kept in the printed folder. Not part of CI.
+# (fuzz/<name>_seeds/ for <name>_fuzzer, else the binaries built from
+# fuzz/seeds/); prints each target's executions and the total. Status 1 when a
+# target found something, kept in the printed folder. Not part of CI.
 # Usage: fuzz/run_all.sh SECONDS [JOBS]   (JOBS: build parallelism, default 2)
 set -euo pipefail
 seconds=${1:?usage: fuzz/run_all.sh SECONDS [JOBS]} jobs=${2:-2}
@@ -21,7 +21,7 @@ total=0 found=0
 for target in $targets; do
   corpus=$work/$target.corpus
   mkdir -p "$corpus" "$work/$target.findings"
-  for seeds in "$source/fuzz/${target}_seeds" "$build/fuzz/seed_corpus"; do
+  for seeds in "$source/fuzz/${target%_fuzzer}_seeds" "$build/fuzz/seed_corpus"; do
     [ -d "$seeds" ] && { cp -r "$seeds/." "$corpus/"; break; }
   done
   status=0

@@ -1,69 +1,36 @@
-// Scratch files and output capture for the settings tests. Single-threaded use only.
+// Argument parsing with captured output, and fatal errors turned into values,
+// for the settings tests. Single-threaded use only.
 #ifndef KESH_TESTS_SETTINGS_SETTINGS_TEST_SUPPORT_H_
 #define KESH_TESTS_SETTINGS_SETTINGS_TEST_SUPPORT_H_
 
-#include <stdlib.h>
-
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iostream>
-#include <sstream>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "common/fatal.h"
 #include "settings/tester_setting.h"
+#include "testing/read_file.h"
+#include "testing/stdout_capture.h"
+#include "testing/temp_dir.h"
 
 namespace kesh::settings::testing {
 
-/// A scratch directory, removed with its content when destroyed.
-struct TempDir {
-  TempDir() { mkdtemp(path.data()); }
-  ~TempDir() { std::filesystem::remove_all(path); }
-  /// Writes `content` to `name` in the directory; returns its path.
-  std::string write(const std::string& name, const std::string& content) const {
-    std::ofstream(path + "/" + name, std::ios::binary) << content;
-    return path + "/" + name;
-  }
-  std::string path = (std::filesystem::temp_directory_path() / "kesh_settings_XXXXXX").string();
-};
+using kesh::testing::captureStdout;
+using kesh::testing::readFile;
+using kesh::testing::TempDir;
 
-/// The whole content of `path`.
-inline std::string slurp(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-/// Sends standard output to `sink` while alive, also when a fatal error unwinds through it.
-class StdoutTo {
- public:
-  explicit StdoutTo(std::ostringstream& sink) : saved_(std::cout.rdbuf(sink.rdbuf())) {}
-  ~StdoutTo() { std::cout.rdbuf(saved_); }
-  StdoutTo(const StdoutTo&) = delete;
-  StdoutTo& operator=(const StdoutTo&) = delete;
-
- private:
-  std::streambuf* saved_;
-};
-
-/// Runs `body` with standard output captured; returns what it wrote.
-inline std::string captureStdout(const std::function<void()>& body) {
-  std::ostringstream out;
-  {
-    StdoutTo redirect(out);
-    body();
-  }
-  return out.str();
-}
-
-/// The settings the global parser builds from "prog" and `args`; what it prints goes to `echo`.
-inline TesterSetting parseArguments(std::vector<std::string> args, std::ostringstream& echo) {
+/// The settings the global parser builds from "prog" and `args`; what it
+/// prints goes to `echo`, or to standard output when null.
+inline TesterSetting parseArguments(std::vector<std::string> args, std::string* echo) {
   args.insert(args.begin(), "prog");
   std::vector<char*> argv;
   for (std::string& arg : args) argv.push_back(arg.data());
-  StdoutTo quiet(echo);
-  return TesterSetting(static_cast<int>(argv.size()), argv.data());
+  std::optional<TesterSetting> setting;
+  const auto parse = [&] { setting.emplace(static_cast<int>(argv.size()), argv.data()); };
+  if (echo == nullptr) parse();
+  if (echo != nullptr) *echo = captureStdout(parse);
+  return std::move(*setting);
 }
 
 /// What throwIntercepted throws: a fatal error's message and its stream.
@@ -75,6 +42,27 @@ struct Intercepted {
 /// A fatal handler that throws Intercepted, so a test sees the error and goes on.
 [[noreturn]] inline void throwIntercepted(FatalStream stream, const std::string& text) {
   throw Intercepted{stream, text};
+}
+
+/// What `body` printed, and the fatal error it ended with (text "" when none).
+struct Ending {
+  std::string echo;
+  Intercepted fatal{FatalStream::kStdout, ""};
+};
+
+/// Runs `body` with standard output captured and fatal errors intercepted.
+inline Ending runToFatal(const std::function<void()>& body) {
+  Ending ending;
+  setFatalHandler(throwIntercepted);
+  ending.echo = captureStdout([&] {
+    try {
+      body();
+    } catch (const Intercepted& caught) {
+      ending.fatal = caught;
+    }
+  });
+  setFatalHandler(nullptr);
+  return ending;
 }
 
 }  // namespace kesh::settings::testing

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <optional>
-#include <sstream>
 #include <thread>
 
 #include "settings/tester_setting.h"
@@ -87,7 +87,6 @@ TEST_F(TestCommandTest, LastBoostOptionDecidesRandomnessForTheSet) {
 }
 
 TEST_F(TestCommandTest, DataBindsToBaseNameFirstFileWinsBuiltInCaseIsCurrent) {
-  std::filesystem::create_directory(dir.path + "/b");
   const std::string a = dir.write("in.bin", "A"), b = dir.write("b/in.x", "B"), e = dir.write("o.raw", "");
   TestCommand command = build("-f " + p + " -i " + a + " --input " + b + " -o " + e);
   EXPECT_EQ(echo, "Pattern binary: " + p + "\nPattern input 0: " + a + "\nPattern input 1: " + b +
@@ -104,7 +103,7 @@ TEST_F(TestCommandTest, DataBindsToBaseNameFirstFileWinsBuiltInCaseIsCurrent) {
 }
 
 TEST_F(TestCommandTest, BadLinesEndWithTheirMessageAfterTheirEcho) {
-  const std::string none = dir.path + "/none", open = "Error: cannot open file ";
+  const std::string none = dir.path() + "/none", open = "Error: cannot open file ";
   const FatalStream out = FatalStream::kStdout, err = FatalStream::kStderr;
   struct Row {
     std::string line, echo;
@@ -119,24 +118,16 @@ TEST_F(TestCommandTest, BadLinesEndWithTheirMessageAfterTheirEcho) {
       {"-t -1", "Test default case: -1\n", err, "Invalid mode: -1\n"},
       {"-t 6", "Test default case: 6\n", err, "Invalid mode: 6\n"},
       {"-f  " + p, "Pattern binary: \n", err, open + "\n"},
-      {"-f " + dir.path, "Pattern binary: " + dir.path + "\n", err, open + dir.path + "\n"},
+      {"-f " + dir.path(), "Pattern binary: " + dir.path() + "\n", err, open + dir.path() + "\n"},
       {"-f " + p + " -o " + none, "Pattern binary: " + p + "\nPattern golden 0: " + none + "\n", err,
        open + none + "\n"},
   };
-  setFatalHandler(throwIntercepted);
   for (const Row& row : rows) {
-    std::ostringstream printed;
-    try {
-      StdoutTo redirect(printed);
-      TestCommand("prog", row.line);
-      ADD_FAILURE() << row.line << ": accepted";
-    } catch (const Intercepted& caught) {
-      EXPECT_EQ(caught.stream, row.stream) << row.line;
-      EXPECT_EQ(caught.text, row.message) << row.line;
-    }
-    EXPECT_EQ(printed.str(), row.echo) << row.line;
+    const Ending ending = runToFatal([&] { TestCommand("prog", row.line); });
+    EXPECT_EQ(ending.fatal.stream, row.stream) << row.line;
+    EXPECT_EQ(ending.fatal.text, row.message) << row.line;
+    EXPECT_EQ(ending.echo, row.echo) << row.line;
   }
-  setFatalHandler(nullptr);
 }
 
 TEST_F(TestCommandTest, ReadDataReadsEveryByteWhateverTheReportedSize) {
@@ -144,8 +135,8 @@ TEST_F(TestCommandTest, ReadDataReadsEveryByteWhateverTheReportedSize) {
   for (std::size_t i = 0; i < big.size(); ++i) big[i] = static_cast<char>(i * 7919 >> 3);
   EXPECT_EQ(readData(dir.write("big", big)), big);
   EXPECT_EQ(readData(dir.write("empty", "")), "");
-  EXPECT_EQ(readData("/proc/self/cmdline"), slurp("/proc/self/cmdline"));  // reports size 0
-  const std::string fifo = dir.path + "/fifo";  // reports no size at all
+  EXPECT_EQ(readData("/proc/self/cmdline"), readFile("/proc/self/cmdline"));  // reports size 0
+  const std::string fifo = dir.path() + "/fifo";  // reports no size at all
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
   std::thread writer([&] { std::ofstream(fifo, std::ios::binary) << big; });
   EXPECT_EQ(readData(fifo), big);

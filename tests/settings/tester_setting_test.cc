@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <sstream>
 
 #include "settings/tester_setting.h"
 #include "settings_test_support.h"
@@ -13,7 +12,7 @@ using Layout = std::vector<std::vector<std::string>>;
 
 class TesterSettingTest : public ::testing::Test {
  protected:
-  TesterSetting parse(const std::vector<std::string>& args) { return parseArguments(args, echo); }
+  TesterSetting parse(const std::vector<std::string>& args) { return parseArguments(args, &echo); }
   /// The command lines, group by group.
   static Layout layout(const TesterSetting& setting) {
     Layout result;
@@ -26,7 +25,7 @@ class TesterSettingTest : public ::testing::Test {
 
   TempDir dir;
   std::string p = dir.write("p.bin", "P");
-  std::ostringstream echo;
+  std::string echo;
 };
 
 TEST_F(TesterSettingTest, GlobalOptionsAndGatheredText) {
@@ -50,7 +49,7 @@ TEST_F(TesterSettingTest, CommandFilesInOrderEveryLineASetThenGroups) {
   EXPECT_EQ(layout(setting), (Layout{{""}, {"-a 1"}, {"-g -3"}, {" -g 2 \r", " -g 2"},
                                      {"stray -g 5 -f " + p + " x", "-g 5 -s 4"}}));
   EXPECT_EQ(setting.loopCount, 2);
-  EXPECT_EQ(echo.str(), "Pattern binary: " + p + "\nSet soft limit to 4\nSet hard limit to 1\n");
+  EXPECT_EQ(echo, "Pattern binary: " + p + "\nSet soft limit to 4\nSet hard limit to 1\n");
 }
 
 TEST_F(TesterSettingTest, ShuffleMovesWholeGroupsAndReachesEveryOrder) {

@@ -1,5 +1,4 @@
-// The embedded case data seen from outside, through the symbol tables of the
-// assembled object and of the tool's executable.
+// The embedded case data seen through the symbol tables of its object and of the tool.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,9 +7,8 @@
 #include <filesystem>
 #include <map>
 #include <string>
-#include <vector>
 
-#include "case_files.h"
+#include "testing/read_file.h"
 
 namespace kesh::testdata {
 namespace {
@@ -34,22 +32,16 @@ std::map<std::string, Symbol> readSymbols(const std::string& elfFile) {
   return symbols;
 }
 
-// Every committed datum is an array of its file's size, stored read-only and
-// followed by its 4-byte length word, unless it is all zero: then it takes no
-// file space.
+// Every committed datum is a read-only array of its file's size followed by its
+// 4-byte length word; an all-zero one takes no file space.
 TEST(EmbeddedLayoutTest, EveryDatumIsItsFileFollowedByItsLengthWord) {
-  std::vector<std::string> elfFiles = {KESH_EMBEDDED_OBJECT};
-#ifdef KESH_PLAYER_BINARY
-  elfFiles.push_back(KESH_PLAYER_BINARY);
-#endif
-  for (const std::string& elfFile : elfFiles) {
+  for (const std::string elfFile : {KESH_EMBEDDED_OBJECT, KESH_PLAYER_BINARY}) {
     const std::map<std::string, Symbol> symbols = readSymbols(elfFile);
     for (const auto& entry : std::filesystem::directory_iterator(KESH_DEFAULT_CASES_DIR)) {
       const std::string name = entry.path().stem().string();
       SCOPED_TRACE(elfFile + ": " + name);
-      const std::vector<uint8_t> bytes = readFileBytes(entry.path());
-      ASSERT_EQ(symbols.count(name), 1u);
-      ASSERT_EQ(symbols.count(name + "_len"), 1u);
+      const std::vector<uint8_t> bytes = kesh::testing::readFileBytes(entry.path().string());
+      ASSERT_EQ(symbols.count(name) + symbols.count(name + "_len"), 2u);
       const Symbol &array = symbols.at(name), &length = symbols.at(name + "_len");
       const bool zero = std::all_of(bytes.begin(), bytes.end(), [](uint8_t b) { return b == 0; });
       EXPECT_EQ(array.size, bytes.size());

@@ -3,29 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "testing/read_file.h"
+#include "testing/temp_dir.h"
 
 namespace kesh::pattern_text {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string contentOf(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-}
-
-// A fresh folder per test, named after it.
-fs::path freshDir(const std::string& name) {
-  const fs::path dir = fs::path(::testing::TempDir()) / ("kesh_run_" + name);
-  fs::remove_all(dir);
-  fs::create_directories(dir / "out");
-  return dir;
-}
+using kesh::testing::readFile;
 
 // Running a built-in case's pattern on its inputs (renamed to NAME.bin, as
 // kesh_player users name them) reproduces every golden of the case.
@@ -33,11 +22,13 @@ class RunBuiltInCaseTest : public ::testing::TestWithParam<int> {};
 
 TEST_P(RunBuiltInCaseTest, ReproducesTheGoldensByteForByte) {
   const std::string prefix = "case" + std::to_string(GetParam()) + "_";
-  const fs::path dir = freshDir(prefix + "goldens");
-  std::vector<std::string> args = {"run", std::string(KESH_DEFAULT_CASES_DIR) + "/" + prefix + "pattern.bin",
-                                   "-d", (dir / "out").string()};
+  const kesh::testing::TempDir scratch;
+  const fs::path dir = scratch.path();
+  fs::create_directory(dir / "out");
+  std::vector<std::string> args = {"run", std::string(KESH_DEFAULT_CASES_DIR) + "/" + prefix + "pattern.bin", "-d",
+                                   (dir / "out").string()};
   std::vector<std::pair<fs::path, std::string>> goldens;  // golden file, argument name
-  for (const fs::directory_entry& entry : fs::directory_iterator(KESH_DEFAULT_CASES_DIR)) {
+  for (const fs::directory_entry &entry : fs::directory_iterator(KESH_DEFAULT_CASES_DIR)) {
     const std::string file = entry.path().filename().string();
     if (file.rfind(prefix + "in_", 0) == 0) {
       const fs::path input = dir / file.substr(prefix.size() + 3);
@@ -50,21 +41,25 @@ TEST_P(RunBuiltInCaseTest, ReproducesTheGoldensByteForByte) {
   ASSERT_FALSE(goldens.empty());
   std::ostringstream err;
   ASSERT_EQ(runPatternCommand(args, err), 0) << err.str();
-  for (const auto& [golden, name] : goldens) {
-    EXPECT_TRUE(contentOf(dir / "out" / name) == contentOf(golden)) << name << " differs from " << golden;
+  for (const auto &[golden, name] : goldens) {
+    EXPECT_TRUE(readFile((dir / "out" / name).string()) == readFile(golden.string()))
+        << name << " differs from " << golden;
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(BuiltInCases, RunBuiltInCaseTest, ::testing::Range(0, 6),
-                         [](const ::testing::TestParamInfo<int>& param) { return "case" + std::to_string(param.param); });
+                         [](const ::testing::TestParamInfo<int> &param) {
+                           return "case" + std::to_string(param.param);
+                         });
 
 // Mistakes that would make a wrong golden are refused with one line naming
 // the file.
 TEST(RunCommandTest, RefusesInputsThatBindToNothingOrDoNotFit) {
-  const fs::path dir = freshDir("refusals");
+  const kesh::testing::TempDir scratch;
+  const fs::path dir = scratch.path();
   const std::string pattern = std::string(KESH_DEFAULT_CASES_DIR) + "/case4_pattern.bin";
-  std::ofstream(dir / "GI_65540.bin", std::ios::binary) << std::string(1 << 20, 'x');
-  std::ofstream(dir / "unrelated.bin", std::ios::binary) << "x";
+  scratch.write("GI_65540.bin", std::string(1 << 20, 'x'));
+  scratch.write("unrelated.bin", "x");
   const struct {
     std::vector<std::string> args;
     std::string error;
@@ -72,14 +67,14 @@ TEST(RunCommandTest, RefusesInputsThatBindToNothingOrDoNotFit) {
       {{"run"}, "kesh_pattern_asm: missing pattern file (see --help)\n"},
       {{"run", pattern, "-x"}, "kesh_pattern_asm: unknown option -x (see --help)\n"},
       {{"run", (dir / "none.bin").string()}, (dir / "none.bin").string() + ": cannot read file\n"},
-      {{"run", (dir / "unrelated.bin").string()}, (dir / "unrelated.bin").string() +
-                                                      ": the pattern library refuses this pattern\n"},
+      {{"run", (dir / "unrelated.bin").string()},
+       (dir / "unrelated.bin").string() + ": the pattern library refuses this pattern\n"},
       {{"run", pattern, "-i", (dir / "unrelated.bin").string()},
        (dir / "unrelated.bin").string() + ": names no argument of " + pattern + " (it binds to \"unrelated\")\n"},
       {{"run", pattern, "-i", (dir / "GI_65540.bin").string()},
        (dir / "GI_65540.bin").string() + ": 1048576 bytes, more than the "},
   };
-  for (const auto& c : cases) {
+  for (const auto &c : cases) {
     std::ostringstream err;
     EXPECT_EQ(runPatternCommand(c.args, err), 1) << ::testing::PrintToString(c.args);
     EXPECT_EQ(err.str().substr(0, c.error.size()), c.error) << ::testing::PrintToString(c.args);
