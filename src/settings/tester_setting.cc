@@ -9,33 +9,13 @@
 #include "common/fatal.h"
 #include "settings/option_table.h"
 #include "settings/parse_hooks.h"
+#include "settings/usage_text.h"
 #include "settings/tester_setting.h"
 
 namespace {
 
 using kesh::settings::kCommandOption;
 using kesh::settings::kSessionReusedOption;
-
-const char* const kHelpLines[] = {
-    "This is KESH pattern player. Usage: ",
-    "  kesh_player [options]",
-    "IO and pattern files:",
-    "  -i, --input            <file>   input file of pattern, should be set after pattern file is specified",
-    "  -o, --golden           <file>   golden file of pattern, should be set after pattern file is specified",
-    "  -f, --pattern          <file>   pattern file",
-    "Execution options:",
-    "  -l, --loop             <num>    loop count (default: 1)",
-    "  -b, --boost            <value>  boost value, -1 for random boost, should be set after pattern file is specified (0-100 default: 0)",
-    "  -s, --soft             <value>  soft limit, (default: 0)",
-    "  -a, --hard             <value>  hard limit, (default: 0)",
-    "  -c, --core             <num>    core affinity, should be set after pattern file is specified(default: 0)",
-    "    , --session_reused            reuse session each run, (default: off)",
-    "    , --pack                      pack patterns, trigger former describe patterns at the same time (default: off)",
-    "  -r, --random                    randomize test order, (default: off)",
-    "  -g, --group            <num>    group index to run, command sets with the same group index will be executed together (default: off)",
-    "  -t, --test             <case#>  set default test case to run",
-    "    , --command          <file>   read command from file, each command in a separate line (default: off)",
-};
 
 // Appends the option in a form the per-command parser reads back: long names
 // written out in full (so abbreviations cannot turn ambiguous there), then
@@ -153,7 +133,7 @@ void TesterSetting::showHelp() {
   // Assembled first so that the text leaves in one piece and cannot be
   // interleaved with other output.
   std::string text;
-  for (const char* line : kHelpLines) {
+  for (const char* line : kesh::settings::usageLines()) {
     text += line;
     text += '\n';
   }

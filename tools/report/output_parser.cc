@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "settings/usage_text.h"
+
 namespace kesh::report {
 
 namespace {
@@ -40,30 +42,6 @@ std::string withoutRunPrefix(const std::string& line, int64_t& number) {
   if (!wholeNumber(inside.substr(0, inside.find('/')), number)) return line;
   return line.substr(close + 2);
 }
-
-const char* const kHelpLines[] = {
-    "This is KESH pattern player. Usage: ",
-    "  kesh_player [options]",
-    "IO and pattern files:",
-    "  -i, --input            <file>   input file of pattern, should be set after pattern file is specified",
-    "  -o, --golden           <file>   golden file of pattern, should be set after pattern file is specified",
-    "  -f, --pattern          <file>   pattern file",
-    "Execution options:",
-    "  -l, --loop             <num>    loop count (default: 1)",
-    "  -b, --boost            <value>  boost value, -1 for random boost, should be set after pattern file is "
-    "specified (0-100 default: 0)",
-    "  -s, --soft             <value>  soft limit, (default: 0)",
-    "  -a, --hard             <value>  hard limit, (default: 0)",
-    "  -c, --core             <num>    core affinity, should be set after pattern file is specified(default: 0)",
-    "    , --session_reused            reuse session each run, (default: off)",
-    "    , --pack                      pack patterns, trigger former describe patterns at the same time (default: "
-    "off)",
-    "  -r, --random                    randomize test order, (default: off)",
-    "  -g, --group            <num>    group index to run, command sets with the same group index will be "
-    "executed together (default: off)",
-    "  -t, --test             <case#>  set default test case to run",
-    "    , --command          <file>   read command from file, each command in a separate line (default: off)",
-};
 
 const char* const kSetUpPrefixes[] = {
     "Pattern binary: ",      "Pattern input ",     "Pattern golden ",    "Set boost value to ",
@@ -149,7 +127,7 @@ bool OutputParser::stdoutGrammar(const std::string& line) {
   if (inListing_ && listingLine(line)) return true;
   if (runLine(line)) return true;
   if (results_.runs.empty() && setUpLine(line)) return true;
-  for (const char* help : kHelpLines) {
+  for (const char* help : kesh::settings::usageLines()) {
     if (line == help) {
       results_.helpShown = true;
       return true;
