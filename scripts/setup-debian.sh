@@ -5,7 +5,7 @@
 # apt-get through sudo when not run as root.
 set -eu
 packages="cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev libhwy-dev
-nlohmann-json3-dev libtinyxml2-dev libxml2-utils pkg-config file groff-base man-db bsdextrautils valgrind python3 $*"
+nlohmann-json3-dev libtinyxml2-dev libxml2-utils pkg-config file groff-base man-db bsdextrautils valgrind python3 chromium $*"
 
 missing=""
 for package in $packages; do

@@ -7,6 +7,9 @@
 #include <sstream>
 
 #include "e2e_config.h"
+#if KESH_E2E_READS_GRAMMAR
+#include "output_grammar.h"
+#endif
 #include "testing/child_process.h"
 #include "testing/read_file.h"
 #include "testing/sample_patterns.h"
@@ -81,6 +84,9 @@ PlayerRun PlayerTest::run(const std::vector<std::string>& args, const std::strin
   if (!failing.empty()) task.env.emplace_back("KESH_EMU_FAIL", failing);
   std::remove((dir_ + "/trace.log").c_str());
   const ChildResult child = runChild(task);
+#if KESH_E2E_READS_GRAMMAR
+  EXPECT_EQ(linesOutsideGrammar(args, dir_, child.out, child.err, child.status, child.signal), "");
+#endif
   return {child.signal != 0 ? 128 + child.signal : child.status, maskNumbers(child.out, " of sub-command ", ": "),
           child.err, numberHandlesPerKind(maskNumbers(readFile(dir_ + "/trace.log"), "kind=", "value="))};
 }

@@ -55,6 +55,7 @@ const char* const kFatalPrefixes[] = {
     "No pattern binary found, set pattern binary first!",
     "Invalid mode: ",
     "Failed to ",
+    "Pattern argument info size is zero for type ",
     "Exceed maximum number of commands in one command group",
     "kesh_player: write error: ",
     "kesh_player: out of memory",
