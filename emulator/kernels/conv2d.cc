@@ -33,42 +33,6 @@ inline void coverRange(size_t begin, size_t end, size_t lanes, Body body) {
   }
 }
 
-// Results of the 16-bit window: shift the lane, add the shifted offset with
-// int16 saturation (which keeps every u8 outcome), pack with saturation.
-struct Finish16 {
-  hn::Vec<D16> add, offset;
-  int shift;
-  explicit Finish16(const ConvPlan& plan)
-      : add(hn::Set(D16(), static_cast<int16_t>(static_cast<uint16_t>(plan.add - plan.offset)))),
-        offset(hn::Set(D16(), static_cast<int16_t>(plan.offset >> plan.shift))),
-        shift(static_cast<int>(plan.shift)) {}
-  void store(hn::Vec<D16> sum, uint8_t* out) const {
-    const hn::Rebind<uint8_t, D16> d8;
-    const auto v = hn::SaturatedAdd(hn::ShiftRightSame(hn::Add(sum, add), shift), offset);
-    hn::StoreU(hn::DemoteTo(d8, v), d8, out);
-  }
-};
-
-template <int K>
-void directRow16(uint8_t* out, const uint8_t* const* rows, size_t width, const ConvPlan& plan) {
-  constexpr int R = K / 2;
-  const D16 d16;
-  const hn::Rebind<uint8_t, D16> d8;
-  hn::Vec<D16> w[K * K];
-  for (int i = 0; i < K * K; ++i) w[i] = hn::Set(d16, static_cast<int16_t>(plan.w[i]));
-  const Finish16 finish(plan);
-  coverRange(R, width - R, hn::Lanes(d16), [&](size_t x) {
-    auto sum = hn::Zero(d16);
-    for (int i = 0; i < K; ++i) {
-      for (int j = 0; j < K; ++j) {
-        const auto px = hn::PromoteTo(d16, hn::LoadU(d8, rows[i] + x + j - R));
-        sum = hn::Add(sum, hn::Mul(w[i * K + j], px));
-      }
-    }
-    finish.store(sum, out + x);
-  });
-}
-
 // i32 to u8 with saturation through i16: the one-step demotion of some
 // library versions wraps values in [32768, 65535] on AVX2.
 inline hn::Vec<hn::Rebind<uint8_t, D32>> saturateToU8(hn::Vec<D32> v) {
@@ -76,24 +40,56 @@ inline hn::Vec<hn::Rebind<uint8_t, D32>> saturateToU8(hn::Vec<D32> v) {
   return hn::DemoteTo(hn::Rebind<uint8_t, D32>(), hn::DemoteTo(d16, v));
 }
 
-template <int K>
-void directRow32(uint8_t* out, const uint8_t* const* rows, size_t width, const ConvPlan& plan) {
+// Results of the 16-bit window: the sum starts at zero; shift the lane, add the
+// shifted offset with int16 saturation (which keeps every u8 outcome), pack
+// with saturation.
+struct Finish16 {
+  hn::Vec<D16> add, offset;
+  int shift;
+  explicit Finish16(const ConvPlan& plan)
+      : add(hn::Set(D16(), static_cast<int16_t>(static_cast<uint16_t>(plan.add - plan.offset)))),
+        offset(hn::Set(D16(), static_cast<int16_t>(plan.offset >> plan.shift))),
+        shift(static_cast<int>(plan.shift)) {}
+  hn::Vec<D16> start() const { return hn::Zero(D16()); }
+  void store(hn::Vec<D16> sum, uint8_t* out) const {
+    const hn::Rebind<uint8_t, D16> d8;
+    const auto v = hn::SaturatedAdd(hn::ShiftRightSame(hn::Add(sum, add), shift), offset);
+    hn::StoreU(hn::DemoteTo(d8, v), d8, out);
+  }
+};
+
+// Results of the 32-bit window: the sum starts at the rounding addend; shift,
+// pack with saturation.
+struct Finish32 {
+  hn::Vec<D32> add;
+  int shift;
+  explicit Finish32(const ConvPlan& plan)
+      : add(hn::Set(D32(), static_cast<int32_t>(plan.add))), shift(static_cast<int>(plan.shift)) {}
+  hn::Vec<D32> start() const { return add; }
+  void store(hn::Vec<D32> sum, uint8_t* out) const {
+    hn::StoreU(saturateToU8(hn::ShiftRightSame(sum, shift)), hn::Rebind<uint8_t, D32>(), out);
+  }
+};
+
+// A row's interior, whose K x K window lies inside the image: products summed
+// in the lanes of D, finished by Finish.
+template <int K, class D, class Finish>
+void directRow(uint8_t* out, const uint8_t* const* rows, size_t width, const ConvPlan& plan) {
   constexpr int R = K / 2;
-  const D32 d32;
-  const hn::Rebind<uint8_t, D32> d8;
-  hn::Vec<D32> w[K * K];
-  for (int i = 0; i < K * K; ++i) w[i] = hn::Set(d32, plan.w[i]);
-  const auto add = hn::Set(d32, static_cast<int32_t>(plan.add));
-  const int shift = static_cast<int>(plan.shift);
-  coverRange(R, width - R, hn::Lanes(d32), [&](size_t x) {
-    auto sum = add;
+  const D d;
+  const hn::Rebind<uint8_t, D> d8;
+  hn::Vec<D> w[K * K];
+  for (int i = 0; i < K * K; ++i) w[i] = hn::Set(d, static_cast<hn::TFromD<D>>(plan.w[i]));
+  const Finish finish(plan);
+  coverRange(R, width - R, hn::Lanes(d), [&](size_t x) {
+    auto sum = finish.start();
     for (int i = 0; i < K; ++i) {
       for (int j = 0; j < K; ++j) {
-        const auto px = hn::PromoteTo(d32, hn::LoadU(d8, rows[i] + x + j - R));
+        const auto px = hn::PromoteTo(d, hn::LoadU(d8, rows[i] + x + j - R));
         sum = hn::Add(sum, hn::Mul(w[i * K + j], px));
       }
     }
-    hn::StoreU(saturateToU8(hn::ShiftRightSame(sum, shift)), d8, out + x);
+    finish.store(sum, out + x);
   });
 }
 
@@ -124,7 +120,7 @@ void separableRow16(uint8_t* out, const uint8_t* const* rows, size_t width, cons
   }
   const Finish16 finish(plan);
   coverRange(0, width, lanes, [&](size_t x) {
-    auto sum = hn::Zero(d16);
+    auto sum = finish.start();
     for (int j = 0; j < K; ++j) sum = hn::Add(sum, hn::Mul(v[j], hn::LoadU(d16, sums + x + j - R)));
     finish.store(sum, out + x);
   });
@@ -155,9 +151,9 @@ void convolveRowsK(const Conv2DParams& p, const ConvPlan& plan) {
       continue;
     }
     if (plan.lanes == ConvLanes::k16) {
-      directRow16<K>(out, rows, width, plan);
+      directRow<K, D16, Finish16>(out, rows, width, plan);
     } else {
-      directRow32<K>(out, rows, width, plan);
+      directRow<K, D32, Finish32>(out, rows, width, plan);
     }
     for (size_t x = 0; x < R; ++x) {
       out[x] = convolvePixel(plan, rows, x, width);

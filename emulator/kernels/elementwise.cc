@@ -165,28 +165,28 @@ bool binaryTyped(BinaryFunc func, uint8_t* dst, const uint8_t* a, const uint8_t*
   return false;
 }
 
-}  // namespace
-
-bool unary(UnaryFunc func, DType dtype, uint8_t* dst, const uint8_t* src, size_t count,
-           int32_t imm) {
+// fn(T{}) with T the element type of `dtype`.
+template <typename Fn>
+bool withElementType(DType dtype, Fn fn) {
   switch (dtype) {
-    case DType::kU8: return unaryTyped<uint8_t>(func, dst, src, count, imm);
-    case DType::kI8: return unaryTyped<int8_t>(func, dst, src, count, imm);
-    case DType::kI16: return unaryTyped<int16_t>(func, dst, src, count, imm);
-    case DType::kI32: return unaryTyped<int32_t>(func, dst, src, count, imm);
+    case DType::kU8: return fn(uint8_t{});
+    case DType::kI8: return fn(int8_t{});
+    case DType::kI16: return fn(int16_t{});
+    case DType::kI32: return fn(int32_t{});
   }
   return false;
 }
 
+}  // namespace
+
+bool unary(UnaryFunc func, DType dtype, uint8_t* dst, const uint8_t* src, size_t count,
+           int32_t imm) {
+  return withElementType(dtype, [&](auto zero) { return unaryTyped<decltype(zero)>(func, dst, src, count, imm); });
+}
+
 bool binary(BinaryFunc func, DType dtype, uint8_t* dst, const uint8_t* a, const uint8_t* b,
             size_t count) {
-  switch (dtype) {
-    case DType::kU8: return binaryTyped<uint8_t>(func, dst, a, b, count);
-    case DType::kI8: return binaryTyped<int8_t>(func, dst, a, b, count);
-    case DType::kI16: return binaryTyped<int16_t>(func, dst, a, b, count);
-    case DType::kI32: return binaryTyped<int32_t>(func, dst, a, b, count);
-  }
-  return false;
+  return withElementType(dtype, [&](auto zero) { return binaryTyped<decltype(zero)>(func, dst, a, b, count); });
 }
 
 }  // namespace kesh::kernels

@@ -35,15 +35,8 @@ std::vector<Diagnostic> Diagnostics::byPlace() const {
 }
 
 const char* severityName(Severity severity) {
-  switch (severity) {
-    case Severity::kError:
-      return "error";
-    case Severity::kWarning:
-      return "warning";
-    case Severity::kNote:
-      return "note";
-  }
-  return "error";
+  static const char* const kNames[] = {"error", "warning", "note"};  // in the enum's order
+  return kNames[static_cast<int>(severity)];
 }
 
 std::string formatDiagnostic(const Diagnostic& diagnostic) {

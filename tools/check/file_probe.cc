@@ -26,17 +26,8 @@ const FileFacts& FileProbe::probe(const std::string& path) {
 }
 
 const char* whyUnopenable(FileKind kind) {
-  switch (kind) {
-    case FileKind::kMissing:
-      return "does not exist";
-    case FileKind::kDirectory:
-      return "is a directory";
-    case FileKind::kUnreadable:
-      return "is not readable";
-    case FileKind::kRegular:
-      break;
-  }
-  return "";
+  static const char* const kWhy[] = {"", "does not exist", "is a directory", "is not readable"};  // the enum's order
+  return kWhy[static_cast<int>(kind)];
 }
 
 }  // namespace kesh::check

@@ -1,16 +1,13 @@
 #include "check/set_findings.h"
 
+#include <kesh/kesh_pattern.h>
+
 #include <set>
 #include <string>
 
 namespace kesh::check {
 
 namespace {
-
-constexpr int kBoostKey = 0;
-constexpr int kCoreKey = 1;
-constexpr int kHardLimitKey = 0;
-constexpr int kSoftLimitKey = 1;
 
 std::string quoted(const std::string& text) { return "'" + visible(text) + "'"; }
 
@@ -151,14 +148,14 @@ void SetFindings::checkUnset(const SetRecord& set, const PatternRecord& pattern,
 
 void SetFindings::checkValues(const SetRecord& set) {
   for (const PatternRecord& pattern : set.patterns) {
-    auto boost = pattern.nodeOptions.find(kBoostKey);
+    auto boost = pattern.nodeOptions.find(PATTERN_NODE_OPTION_BOOST);
     if (boost != pattern.nodeOptions.end() && !set.randomBoost && (boost->second < 0 || boost->second > 100)) {
       const std::string why = boost->second == -1 ? " is not drawn at random, because a later -b gave a number"
                                                   : " is out of range 0..100 (-1 for random)";
       out_.error(set.where, "boost value " + std::to_string(boost->second) + " of " + patternName(pattern) + why +
                                 ": " + wouldStop("Failed to set pattern option 0"));
     }
-    auto core = pattern.nodeOptions.find(kCoreKey);
+    auto core = pattern.nodeOptions.find(PATTERN_NODE_OPTION_CORE_AFFINITY);
     if (core != pattern.nodeOptions.end() && (core->second < -1 || core->second >= cores_)) {
       out_.error(set.where, "core affinity " + std::to_string(core->second) + " of " + patternName(pattern) +
                                 " is out of range -1.." + std::to_string(cores_ - 1) + ": " +
@@ -168,7 +165,7 @@ void SetFindings::checkValues(const SetRecord& set) {
   const struct {
     int key;
     const char* name;
-  } limits[] = {{kHardLimitKey, "hard limit"}, {kSoftLimitKey, "soft limit"}};
+  } limits[] = {{PATTERN_GRAPH_OPTION_HARD_LIMIT, "hard limit"}, {PATTERN_GRAPH_OPTION_SOFT_LIMIT, "soft limit"}};
   for (const auto& limit : limits) {
     auto value = set.graphOptions.find(limit.key);
     if (value == set.graphOptions.end() || value->second >= 0) continue;

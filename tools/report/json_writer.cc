@@ -8,33 +8,16 @@
 
 namespace kesh::report {
 
+NLOHMANN_JSON_SERIALIZE_ENUM(Outcome, {{Outcome::kPassed, "passed"},
+                                       {Outcome::kFailed, "failed"},
+                                       {Outcome::kSkipped, "skipped"}})
+NLOHMANN_JSON_SERIALIZE_ENUM(RunEnd, {{RunEnd::kPassed, "passed"},
+                                      {RunEnd::kFailed, "failed"},
+                                      {RunEnd::kIncomplete, "incomplete"}})
+
 namespace {
 
 using nlohmann::json;
-
-const char* outcomeName(Outcome outcome) {
-  switch (outcome) {
-    case Outcome::kPassed:
-      return "passed";
-    case Outcome::kFailed:
-      return "failed";
-    case Outcome::kSkipped:
-      return "skipped";
-  }
-  return "?";
-}
-
-const char* runEndName(RunEnd end) {
-  switch (end) {
-    case RunEnd::kPassed:
-      return "passed";
-    case RunEnd::kFailed:
-      return "failed";
-    case RunEnd::kIncomplete:
-      return "incomplete";
-  }
-  return "?";
-}
 
 json provenanceJson(const Provenance& facts) {
   json settings = json::object();
@@ -56,7 +39,7 @@ json provenanceJson(const Provenance& facts) {
 json verdictJson(const Plan& plan, const Execution& execution, const Verdict& verdict) {
   json entry = {{"argument", verdict.arg},
                 {"pattern", verdict.pattern == kUnknown ? json(nullptr) : json(verdict.pattern)},
-                {"outcome", outcomeName(verdict.outcome)}};
+                {"outcome", verdict.outcome}};
   if (verdict.hasDiff) {
     json first = json::array();
     for (const auto& [offset, value] : verdict.diff.firstValues) first.push_back({{"offset", offset}, {"xor", value}});
@@ -114,7 +97,7 @@ std::string resultsJson(const Plan& plan, const Results& results, const Provenan
     json order = json::array();
     for (size_t group : run.groupOrder) order.push_back(group == kUnknown ? json(nullptr) : json(group));
     runs.push_back({{"number", run.number},
-                    {"end", runEndName(run.end)},
+                    {"end", run.end},
                     {"group_order", order},
                     {"group_starts", run.groupStarts},
                     {"executions", executions}});
