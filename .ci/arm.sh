@@ -73,6 +73,7 @@ CMAKE
 
 install_packages
 check_bionic_subset
+scripts/fetch-target-packages.sh armhf build/target-packages-armhf libtinyxml2-9 libtinyxml2-dev
 
 cmake --preset arm-linux -B "$build"
 cmake --build "$build" -j "$jobs"

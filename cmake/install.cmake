@@ -10,10 +10,7 @@
 include(CMakePackageConfigHelpers)
 
 # The installed programs besides kesh_player; a new program is one more entry here.
-set(KESH_INSTALLED_TOOLS kesh_pattern_asm kesh_gen_cases kesh_check)
-if(TARGET kesh_report)  # not in cross builds (tools/CMakeLists.txt)
-  list(APPEND KESH_INSTALLED_TOOLS kesh_report)
-endif()
+set(KESH_INSTALLED_TOOLS kesh_pattern_asm kesh_gen_cases kesh_check kesh_report)
 # Debian package names of the components; each gets its copyright and changelog.
 set(KESH_PACKAGE_TOOLS kesh-player)
 set(KESH_PACKAGE_HOSTLIB libkesh-pattern-host)

@@ -74,8 +74,10 @@ drive the KESH accelerator through libkesh_pattern_25.so.")
 
 if(CMAKE_CROSSCOMPILING)
   # dpkg-shlibdeps cannot read the target's library database; the libraries the
-  # tree needs from the system are the C and C++ runtimes.
+  # tree needs from the system are the C and C++ runtimes, and the XML library of
+  # kesh_report.
   set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6, libstdc++6, libgcc-s1")
+  set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${CPACK_DEBIAN_PACKAGE_DEPENDS}, libtinyxml2-9")
   if(CMAKE_OBJCOPY)
     set(CPACK_OBJCOPY_EXECUTABLE ${CMAKE_OBJCOPY})
   endif()

@@ -17,6 +17,12 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
+# Target libraries that the cross sysroot lacks (TinyXML-2, for kesh_report), from
+# Debian's armhf packages unpacked by scripts/fetch-target-packages.sh (.ci/arm.sh runs it).
+get_filename_component(KESH_SOURCE_ROOT ${CMAKE_CURRENT_LIST_DIR}/../.. ABSOLUTE)
+set(KESH_TARGET_PACKAGES ${KESH_SOURCE_ROOT}/build/target-packages-armhf CACHE PATH
+    "Folder holding the target's library packages, unpacked")
+
 # Lets ctest, gtest_discover_tests and build-time generators run target binaries.
 if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
   find_program(KESH_QEMU_ARM qemu-arm)
