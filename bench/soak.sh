@@ -29,10 +29,12 @@ awk -v runs="$runs" '
   $2 > runs - runs / 10 { e0 = e0 ? e0 : NR; e1 = NR }
   function per(a, b) { return (ms[b] - ms[a]) / (run[b] - run[a]) }
   function report(label, a, b) {
-    printf "%s (runs %d..%d): RSS %d KiB, open descriptors %d, %.2f ms per run\n", label, run[a], run[b], rss[b], fds[b], per(a, b)
+    printf "%s (runs %d..%d): RSS %d KiB, open descriptors %d, %.2f ms per run\n",
+           label, run[a], run[b], rss[b], fds[b], per(a, b)
   }
   END {
     if (!s0 || !e0 || s1 == s0 || e1 == e0) { print "too few samples: raise N"; exit 1 }
     report("start", s0, s1); report("end  ", e0, e1)
-    printf "end/start: RSS %.3f, descriptors %.3f, time per run %.3f\n", rss[e1] / rss[s1], fds[e1] / fds[s1], per(e0, e1) / per(s0, s1)
-  }' "${work}/samples"
+    printf "end/start: RSS %.3f, descriptors %.3f, time per run %.3f\n",
+           rss[e1] / rss[s1], fds[e1] / fds[s1], per(e0, e1) / per(s0, s1)
+  }' "$work/samples"
