@@ -5,8 +5,11 @@
 # the medians and their ratio. The goal is a ratio of at most 1.05.
 # Usage: bench/report/pass_through_bench.sh [BUILD_DIR] [RUNS] [REPEAT]
 set -euo pipefail
-build=${1:-build/default} runs=${2:-200} repeat=${3:-5}
-player=$build/bin/kesh_player report=$build/bin/kesh_report
+build=${1:-build/default}
+runs=${2:-200}
+repeat=${3:-5}
+player=$build/bin/kesh_player
+report=$build/bin/kesh_report
 [ -x "$player" ] && [ -x "$report" ] || { echo "missing $player or $report: build the tree first" >&2; exit 2; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -23,7 +26,8 @@ for ((k = 0; k < repeat; ++k)); do
   seconds "$player" "${cases[@]}" >>"$work/direct"
   seconds "$report" --junit "$work/r.xml" --json "$work/r.json" -- "$player" "${cases[@]}" >>"$work/report"
 done
-direct=$(median <"$work/direct") reported=$(median <"$work/report")
+direct=$(median <"$work/direct")
+reported=$(median <"$work/report")
 echo "direct:       ${direct} s (median of $repeat)"
 echo "under report: ${reported} s (median of $repeat)"
 awk -v a="$reported" -v b="$direct" 'BEGIN {printf "ratio:        %.3f\n", a / b}'
