@@ -25,8 +25,8 @@ echo "runs: $runs, passed: $(grep -c 'Test pattern passed!!!' "$work/out.log" ||
 # Start: the samples of the first tenth of the runs (after the first run); end: those of the last tenth.
 awk -v runs="$runs" '
   { ms[NR] = $1; run[NR] = $2; rss[NR] = $3; fds[NR] = $4 }
-  $2 > 1 && $2 <= 1 + runs / 10 { if (!s0) s0 = NR; s1 = NR }
-  $2 > runs - runs / 10 { if (!e0) e0 = NR; e1 = NR }
+  $2 > 1 && $2 <= 1 + runs / 10 { s0 = s0 ? s0 : NR; s1 = NR }
+  $2 > runs - runs / 10 { e0 = e0 ? e0 : NR; e1 = NR }
   function per(a, b) { return (ms[b] - ms[a]) / (run[b] - run[a]) }
   function report(label, a, b) {
     printf "%s (runs %d..%d): RSS %d KiB, open descriptors %d, %.2f ms per run\n",

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <iostream>
 
@@ -16,21 +15,18 @@
 namespace kesh::testing {
 namespace {
 
-// Points descriptor `target` at `path`; false if the file cannot be opened.
-bool redirect(int target, const std::string& path, int flags) {
-  const int fd = open(path.c_str(), flags, 0600);
-  if (fd < 0 || dup2(fd, target) < 0) return false;
+// Points descriptor `target` at the file `name` of `streams`, or ends the child.
+void redirect(int target, const TempDir& streams, const char* name, int flags) {
+  const int fd = open((streams.path() + name).c_str(), flags, 0600);
+  if (fd < 0 || dup2(fd, target) < 0) _exit(127);
   close(fd);
-  return true;
 }
 
 // The child's side: never returns.
 [[noreturn]] void becomeChild(const ChildTask& task, const TempDir& streams) {
-  const int writing = O_WRONLY | O_CREAT | O_TRUNC;
-  if (!redirect(0, streams.path() + "/in", O_RDONLY) || !redirect(1, streams.path() + "/out", writing) ||
-      !redirect(2, streams.path() + "/err", writing)) {
-    _exit(127);
-  }
+  redirect(0, streams, "/in", O_RDONLY);
+  redirect(1, streams, "/out", O_WRONLY | O_CREAT | O_TRUNC);
+  redirect(2, streams, "/err", O_WRONLY | O_CREAT | O_TRUNC);
   if (!task.dir.empty() && chdir(task.dir.c_str()) != 0) {
     std::fprintf(stderr, "cannot enter %s: %s\n", task.dir.c_str(), std::strerror(errno));
     _exit(127);
@@ -64,8 +60,8 @@ ChildResult runChild(const ChildTask& task) {
   const pid_t pid = fork();
   if (pid == 0) becomeChild(task, streams);
   int raw = 0;
-  pid_t waited = pid < 0 ? pid : waitpid(pid, &raw, 0);
-  while (pid > 0 && waited < 0 && errno == EINTR) waited = waitpid(pid, &raw, 0);
+  pid_t waited = pid;
+  while (pid > 0 && (waited = waitpid(pid, &raw, 0)) < 0 && errno == EINTR) continue;
   if (pid < 0 || waited != pid) {
     return {-1, 0, "", std::string(pid < 0 ? "fork: " : "waitpid: ") + std::strerror(errno) + "\n"};
   }

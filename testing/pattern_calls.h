@@ -28,15 +28,14 @@ inline _kesh_mem* bindFilled(_kesh_player* player, _pattern_node_handle* node, u
   return bound ? mem : nullptr;
 }
 
-/// A built graph of `count` nodes running `pattern` (packed if `pack`); the nodes are stored in *nodes.
+/// A built graph of `count` unpacked nodes running `pattern`; the nodes are stored in *nodes.
 inline _pattern_graph* buildGraph(_kesh_player* player, _pattern* pattern, std::vector<_pattern_node_handle*>* nodes,
-                                  size_t count = 1, bool pack = false) {
+                                  size_t count = 1) {
   _pattern_graph* graph = keshCreatePatternGraph(player, "tester_graph");
   nodes->assign(count, nullptr);
   for (auto& node : *nodes) {
     if (keshAddPattern(graph, pattern, 0, 0, &node, "tester_pattern") != 0) return nullptr;
   }
-  if (pack && keshSetPatternPack(graph, static_cast<uint32_t>(count), nodes->data()) != 0) return nullptr;
   return keshBuildPatternGraph(graph) == 0 ? graph : nullptr;
 }
 

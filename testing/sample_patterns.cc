@@ -3,27 +3,18 @@
 #include "format/writer.h"
 
 namespace kesh::testing {
-namespace {
-
 using namespace format;  // NOLINT: the builder's vocabulary reads best unqualified
 
-std::vector<uint8_t> encode(std::vector<ArgSpec> args, std::vector<Op> ops, std::vector<uint8_t> constData = {}) {
+std::vector<uint8_t> patternBinary(const std::vector<TestArg>& args, const std::vector<Op>& ops,
+                                   std::vector<uint8_t> constData) {
   Program program;
-  program.args = std::move(args);
-  program.ops = std::move(ops);
+  for (const TestArg& arg : args) program.args.push_back({arg.index, arg.size, arg.noAlloc, arg.name});
+  program.ops = ops;
   program.constData = std::move(constData);
   return encodePattern(program);
 }
 
-}  // namespace
-
-std::vector<uint8_t> patternBinary(const std::vector<TestArg>& args, const std::vector<Op>& ops) {
-  std::vector<format::ArgSpec> entries;
-  for (const TestArg& arg : args) entries.push_back({arg.index, arg.size, arg.noAlloc, arg.name});
-  return encode(entries, ops);
-}
-
-uint32_t argRef(uint32_t position) { return format::bufferRef(format::Space::kArg, position); }
+uint32_t argRef(uint32_t position) { return bufferRef(Space::kArg, position); }
 
 Op copyOp(uint32_t dst, uint32_t src, uint32_t length) {
   return makeOp(Opcode::kCopy, {{"dst", argRef(dst)}, {"src", argRef(src)}, {"length", length}});
@@ -33,31 +24,24 @@ std::vector<uint8_t> copyPattern(uint32_t size, uint32_t inIndex, uint32_t outIn
   return patternBinary({{"in", inIndex, size}, {"out", outIndex, size}}, {copyOp(1, 0, size)});
 }
 
-std::vector<uint8_t> matMulPattern(uint32_t m, uint32_t k, uint32_t n) {
-  const Op op = makeOp(Opcode::kMatMul, {{"dst", argRef(2)}, {"a", argRef(0)}, {"b", argRef(1)}, {"m", m},
-                                         {"k", k}, {"n", n}, {"multiplier", 1}, {"out", DType::kI8}});
-  return patternBinary({{"a", 0, m * k}, {"b", 1, k * n}, {"c", 2, m * n}}, {op});
-}
-
 std::vector<uint8_t> scratchPattern(uint32_t size) {
-  return encode({{0, size, false, "in"}, {9, size, true, "scratch"}, {2, size, false, "out"}},
-                {makeOp(Opcode::kBinary, {{"func", BinaryFunc::kAdd}, {"type", DType::kU8}, {"dst", argRef(2)},
-                                          {"a", argRef(0)}, {"b", argRef(1)}, {"count", size}}),
-                 makeOp(Opcode::kFill, {{"dst", argRef(1)}, {"length", size}, {"value", 0xFF}})});
+  const Op add = makeOp(Opcode::kBinary, {{"func", BinaryFunc::kAdd}, {"type", DType::kU8}, {"dst", argRef(2)},
+                                          {"a", argRef(0)}, {"b", argRef(1)}, {"count", size}});
+  return patternBinary({{"in", 0, size}, {"scratch", 9, size, true}, {"out", 2, size}},
+                       {add, makeOp(Opcode::kFill, {{"dst", argRef(1)}, {"length", size}, {"value", 0xFF}})});
 }
 
 std::vector<uint8_t> convPattern(uint32_t width, uint32_t height) {
   std::vector<uint8_t> ones(50, 0);  // 25 i16 ones
   for (size_t i = 0; i < 50; i += 2) ones[i] = 1;
-  return encode({{0, width * height, false, "src"}, {1, width * height, false, "dst"}},
-                {makeOp(Opcode::kConv2D, {{"dst", argRef(1)}, {"dst_stride", width}, {"src", argRef(0)},
-                                          {"src_stride", width}, {"width", width}, {"height", height},
-                                          {"row_end", height}, {"kernel", kConst}, {"k", 5}, {"shift", 5}})},
-                ones);
+  const Op conv = makeOp(Opcode::kConv2D, {{"dst", argRef(1)}, {"dst_stride", width}, {"src", argRef(0)},
+                                           {"src_stride", width}, {"width", width}, {"height", height},
+                                           {"row_end", height}, {"kernel", kConst}, {"k", 5}, {"shift", 5}});
+  return patternBinary({{"src", 0, width * height}, {"dst", 1, width * height}}, {conv}, ones);
 }
 
-format::Program sampleProgram() {
-  format::Program program;
+Program sampleProgram() {
+  Program program;
   program.args = {{0, 3072, false, "in"}, {1, 3072, false, "out"}, {7, 256, true, "scratch"}};
   program.internalSizes = {3072, 64};
   program.constData = {1, 0, 2, 0, 1, 0, 2, 0, 4, 0, 2, 0, 1, 0, 2, 0, 0xff, 0xff};  // i16 {1,2,1,2,4,2,1,2,-1}
@@ -74,12 +58,12 @@ format::Program sampleProgram() {
                               {"count", 3072}, {"imm", 5}}),
       makeOp(Opcode::kBinary, {{"func", BinaryFunc::kAvg}, {"type", DType::kU8}, {"dst", kOut}, {"a", kTmp0},
                                {"b", kIn}, {"count", 3072}}),
-      makeOp(Opcode::kLut, {{"dst", kOut}, {"src", kOut}, {"count", 3072}, {"table", format::BufferAt{kConst, 32}}}),
+      makeOp(Opcode::kLut, {{"dst", kOut}, {"src", kOut}, {"count", 3072}, {"table", BufferAt{kConst, 32}}}),
       makeOp(Opcode::kConv2D, {{"dst", kOut}, {"dst_stride", 64}, {"src", kIn}, {"src_stride", 64}, {"width", 64},
                                {"height", 48}, {"row_end", 48}, {"kernel", kConst}, {"k", 3}, {"shift", 4},
                                {"bias", -16}}),
-      makeOp(Opcode::kMatMul, {{"dst", kScratch}, {"a", kIn}, {"b", format::BufferAt{kIn, 64}},
-                               {"bias", format::BufferAt{kConst, 288}}, {"m", 4}, {"k", 16}, {"n", 4},
+      makeOp(Opcode::kMatMul, {{"dst", kScratch}, {"a", kIn}, {"b", BufferAt{kIn, 64}},
+                               {"bias", BufferAt{kConst, 288}}, {"m", 4}, {"k", 16}, {"n", 4},
                                {"multiplier", 1 << 20}, {"shift", 20}, {"zero_point", -3}, {"out", DType::kI8}}),
   };
   return program;

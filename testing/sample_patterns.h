@@ -21,8 +21,9 @@ struct TestArg {
   bool noAlloc = false;  ///< the library provides the buffer
 };
 
-/// The binary of a pattern with `args` and `ops` and no internal buffers.
-std::vector<uint8_t> patternBinary(const std::vector<TestArg>& args, const std::vector<format::Op>& ops);
+/// The binary of a pattern with `args`, `ops`, constant data `constData` and no internal buffers.
+std::vector<uint8_t> patternBinary(const std::vector<TestArg>& args, const std::vector<format::Op>& ops,
+                                   std::vector<uint8_t> constData = {});
 
 /// Reference to the argument at table position `position`.
 uint32_t argRef(uint32_t position);
@@ -32,9 +33,6 @@ format::Op copyOp(uint32_t dst, uint32_t src, uint32_t length);
 
 /// Arguments "in" (index `inIndex`) and "out" (index `outIndex`) of `size` bytes; out = in.
 std::vector<uint8_t> copyPattern(uint32_t size, uint32_t inIndex = 0, uint32_t outIndex = 1);
-
-/// An int8 product c[m][n] of a[m][k] and b[k][n] (arguments so named, indices 0, 1, 2): heavy work.
-std::vector<uint8_t> matMulPattern(uint32_t m, uint32_t k, uint32_t n);
 
 /// Arguments "in" (0), "scratch" (9, no-alloc) and "out" (2): out = in +
 /// scratch (u8, saturated), then scratch is filled with 0xFF. Out equals in

@@ -3,8 +3,6 @@
 #ifndef KESH_TESTING_TEMP_DIR_H_
 #define KESH_TESTING_TEMP_DIR_H_
 
-#include <unistd.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>

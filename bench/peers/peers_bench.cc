@@ -8,6 +8,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -23,33 +24,33 @@
 namespace {
 
 using kesh::bench::randomBytes;
-using Clock = std::chrono::steady_clock;
+using Bytes = std::vector<uint8_t>;
+
+double median(std::vector<double> v) {
+  std::nth_element(v.begin(), v.begin() + v.size() / 2, v.end());
+  return v[v.size() / 2];
+}
 
 // Times the two alternately and prints a table row of the medians (ms, ms, ours / theirs).
 void race(const std::string& work, const std::string& peer, int rounds, const std::function<void()>& ours,
           const std::function<void()>& theirs) {
-  ours();
-  theirs();  // warm caches and lazy initialisation
-  std::vector<double> a, b, r;
   const auto seconds = [](const std::function<void()>& body) {
-    const auto start = Clock::now();
+    const auto start = std::chrono::steady_clock::now();
     body();
-    return std::chrono::duration<double>(Clock::now() - start).count();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   };
+  std::vector<double> a, b, r;
   for (int i = 0; i < rounds; ++i) {
     a.push_back(seconds(ours));
     b.push_back(seconds(theirs));
     r.push_back(a.back() / b.back());
   }
-  const auto median = [](std::vector<double> v) {
-    std::nth_element(v.begin(), v.begin() + v.size() / 2, v.end());
-    return v[v.size() / 2];
-  };
   std::printf("| %-46s | %-26s | %8.3f | %8.3f | %5.2f |\n", work.c_str(), peer.c_str(), median(a) * 1e3,
               median(b) * 1e3, median(r));
 }
 
-[[noreturn]] void fail(const std::string& what) {
+void check(bool agree, const std::string& what) {
+  if (agree) return;
   std::fprintf(stderr, "results disagree: %s\n", what.c_str());
   std::exit(1);
 }
@@ -62,118 +63,96 @@ struct ConvCase {
   std::vector<int16_t> weights;
   uint32_t shift;
   int32_t bias;
+  std::vector<float> factor;  // the 1-D factor of rank-1 weights; empty for general ones
 };
 
-// OpenCV computes in float: with these weights every sum is exact, so the two differ only where
-// the exact result is a half, which it rounds to even and we round up.
-void checkAgainstOpenCV(const ConvCase& c, const std::string& peer, const std::vector<uint8_t>& ours,
-                        const cv::Mat& theirs, const std::vector<uint8_t>& src) {
-  const std::vector<uint8_t> ref = kesh::gencases::referenceConv2d(src, kWidth, kHeight, c.weights, c.k, c.shift, c.bias);
-  if (ours != ref) fail(c.name + ": kernel against the reference");
+// OpenCV computes in float: with these weights every sum is exact, so the two may differ only where
+// the exact result is a half, which it rounds to even and we round up. A pixel is such a half exactly
+// when one less in the sum rounds one lower.
+void convRow(const ConvCase& c, const Bytes& src) {
+  const auto k = static_cast<uint32_t>(c.k);
+  Bytes ours(src.size()), w;  // w: the weights as little-endian i16
+  for (int16_t v : c.weights) w.insert(w.end(), {uint8_t(v & 0xFF), uint8_t((v >> 8) & 0xFF)});
+  const auto oursRun = [&] {
+    kesh::kernels::conv2d(
+        {ours.data(), kWidth, src.data(), kWidth, kWidth, kHeight, 0, kHeight, w.data(), k, c.shift, c.bias});
+  };
+  const cv::Mat in(kHeight, kWidth, CV_8U, const_cast<uint8_t*>(src.data()));
+  cv::Mat out, kernel(c.k, c.k, CV_32F);
+  for (int i = 0; i < c.k * c.k; ++i) kernel.at<float>(i / c.k, i % c.k) = c.weights[i] / float(1 << c.shift);
+  const cv::Mat kx = c.factor.empty() ? cv::Mat() : cv::Mat(1, c.k, CV_32F, const_cast<float*>(c.factor.data()));
+  const std::string peer = c.factor.empty() ? "OpenCV filter2D" : "OpenCV sepFilter2D";
+  const double delta = c.bias / double(1 << c.shift);
+  const auto theirs = [&] {
+    if (c.factor.empty()) cv::filter2D(in, out, CV_8U, kernel, cv::Point(-1, -1), delta, cv::BORDER_REPLICATE);
+    if (!c.factor.empty()) cv::sepFilter2D(in, out, CV_8U, kx, kx, cv::Point(-1, -1), delta, cv::BORDER_REPLICATE);
+  };
+  oursRun();
+  theirs();
+  const auto reference = [&](int32_t bias) {
+    return kesh::gencases::referenceConv2d(src, kWidth, kHeight, c.weights, k, c.shift, bias);
+  };
+  check(ours == reference(c.bias), c.name + ": reference");
+  const Bytes lower = reference(c.bias - 1);
   size_t ties = 0;
   for (size_t i = 0; i < ours.size(); ++i) {
-    if (ours[i] == theirs.data[i]) continue;
-    // Recompute the exact sum to see whether this pixel is a tie.
-    const int y = static_cast<int>(i / kWidth), x = static_cast<int>(i % kWidth), r = c.k / 2;
-    int64_t acc = c.bias;
-    for (int a = 0; a < c.k; ++a) {
-      for (int b = 0; b < c.k; ++b) {
-        const int sy = std::clamp(y + a - r, 0, kHeight - 1), sx = std::clamp(x + b - r, 0, kWidth - 1);
-        acc += int64_t{c.weights[a * c.k + b]} * src[size_t(sy) * kWidth + sx];
-      }
-    }
-    const int64_t mask = (int64_t{1} << c.shift) - 1;
-    if ((acc & mask) != (int64_t{1} << (c.shift - 1)) || ours[i] != theirs.data[i] + 1) fail(c.name + " vs " + peer);
+    if (ours[i] == out.data[i]) continue;
+    check(ours[i] == out.data[i] + 1 && lower[i] == out.data[i], c.name + " vs " + peer);
     ++ties;
   }
   std::printf("  %s: identical to %s except %zu exact halves (rounded to even there)\n", c.name.c_str(),
               peer.c_str(), ties);
-}
-
-void convRow(const ConvCase& c, const std::vector<uint8_t>& src, bool separable, const std::vector<float>& factor) {
-  std::vector<uint8_t> ours(src.size());
-  std::vector<uint8_t> w;  // little-endian i16
-  for (int16_t v : c.weights) w.insert(w.end(), {uint8_t(v & 0xFF), uint8_t((v >> 8) & 0xFF)});
-  const kesh::kernels::Conv2DParams p{ours.data(), kWidth, src.data(), kWidth, kWidth, kHeight, 0, kHeight,
-                                      w.data(), static_cast<uint32_t>(c.k), c.shift, c.bias};
-  const cv::Mat in(kHeight, kWidth, CV_8U, const_cast<uint8_t*>(src.data()));
-  cv::Mat out;
-  const float scale = 1.0f / static_cast<float>(1 << c.shift);
-  std::function<void()> theirs;
-  if (separable) {
-    const cv::Mat kx(1, c.k, CV_32F, const_cast<float*>(factor.data()));
-    theirs = [&, kx] { cv::sepFilter2D(in, out, CV_8U, kx, kx, cv::Point(-1, -1), c.bias * scale, cv::BORDER_REPLICATE); };
-  } else {
-    cv::Mat kernel(c.k, c.k, CV_32F);
-    for (int i = 0; i < c.k * c.k; ++i) kernel.at<float>(i / c.k, i % c.k) = c.weights[i] * scale;
-    theirs = [&, kernel] { cv::filter2D(in, out, CV_8U, kernel, cv::Point(-1, -1), c.bias * scale, cv::BORDER_REPLICATE); };
-  }
-  const auto oursRun = [&] { kesh::kernels::conv2d(p); };
-  oursRun();
-  theirs();
-  const std::string peer = separable ? "OpenCV sepFilter2D" : "OpenCV filter2D";
-  checkAgainstOpenCV(c, peer, ours, out, src);
   race(c.name, peer, 21, oursRun, theirs);
 }
 
-struct Shape {
-  uint32_t m, k, n;
-};
-
 // The same requantisation as the operation, applied to a peer's int32 sums.
-void requantise(const std::vector<int32_t>& sums, const std::vector<int32_t>& bias, uint32_t n, uint8_t* out) {
+void requantise(const std::vector<int32_t>& sums, const std::vector<int32_t>& bias, uint32_t n, Bytes* out) {
   for (size_t i = 0; i < sums.size(); ++i) {
-    out[i] = kesh::gencases::requantize(int64_t{sums[i]} + bias[i % n], 1 << 30, 40, 3, false);
+    (*out)[i] = kesh::gencases::requantize(int64_t{sums[i]} + bias[i % n], 1 << 30, 40, 3, false);
   }
 }
 
-void matmulRow(const Shape& s) {
-  const std::vector<uint8_t> a = randomBytes(size_t{s.m} * s.k, 3), b = randomBytes(size_t{s.k} * s.n, 4);
-  std::vector<int32_t> bias(s.n);
-  for (uint32_t j = 0; j < s.n; ++j) bias[j] = static_cast<int32_t>(j * 7919 % 20001) - 10000;
-  std::vector<uint8_t> ours(size_t{s.m} * s.n), lowp(ours.size()), dnnl(ours.size());
-  const kesh::kernels::MatMulParams p{ours.data(), a.data(), b.data(), reinterpret_cast<const uint8_t*>(bias.data()),
-                                      s.m, s.k, s.n, 1 << 30, 40, 3, kesh::format::DType::kI8};
-  const auto oursRun = [&] { kesh::kernels::matmul(p); };
-
+void matmulRow(uint32_t m, uint32_t k, uint32_t n) {
+  const Bytes a = randomBytes(size_t{m} * k, 3), b = randomBytes(size_t{k} * n, 4);
+  std::vector<int32_t> bias(n), sums(size_t{m} * n), dsums(sums.size());
+  for (uint32_t j = 0; j < n; ++j) bias[j] = static_cast<int32_t>(j * 7919 % 20001) - 10000;
+  Bytes ours(sums.size()), lowp(sums.size()), dnnl(sums.size());
+  const auto* a8 = reinterpret_cast<const int8_t*>(a.data());
+  const auto* b8 = reinterpret_cast<const int8_t*>(b.data());
+  const auto oursRun = [&] {
+    kesh::kernels::matmul({ours.data(), a.data(), b.data(), reinterpret_cast<const uint8_t*>(bias.data()), m, k, n,
+                           1 << 30, 40, 3, kesh::format::DType::kI8});
+  };
   // gemmlowp takes u8 with offsets: (x ^ 0x80) - 128 is the i8 value x.
   // B goes in column-major, the layout gemmlowp packs fastest.
-  std::vector<uint8_t> aU(a), bU(b.size());
+  Bytes aU(a), bU(b.size());
   for (uint8_t& v : aU) v ^= 0x80;
-  for (size_t k = 0; k < s.k; ++k) {
-    for (size_t j = 0; j < s.n; ++j) bU[j * s.k + k] = b[k * s.n + j] ^ 0x80;
-  }
-  std::vector<int32_t> sums(ours.size());
+  for (size_t i = 0; i < b.size(); ++i) bU[i % n * k + i / n] = b[i] ^ 0x80;
   gemmlowp::GemmContext context;
   context.set_max_num_threads(1);
   const auto lowpRun = [&] {
-    const gemmlowp::MatrixMap<const uint8_t, gemmlowp::MapOrder::RowMajor> lhs(aU.data(), s.m, s.k);
-    const gemmlowp::MatrixMap<const uint8_t, gemmlowp::MapOrder::ColMajor> rhs(bU.data(), s.k, s.n);
-    gemmlowp::MatrixMap<int32_t, gemmlowp::MapOrder::RowMajor> result(sums.data(), s.m, s.n);
+    const gemmlowp::MatrixMap<const uint8_t, gemmlowp::MapOrder::RowMajor> lhs(aU.data(), m, k);
+    const gemmlowp::MatrixMap<const uint8_t, gemmlowp::MapOrder::ColMajor> rhs(bU.data(), k, n);
+    gemmlowp::MatrixMap<int32_t, gemmlowp::MapOrder::RowMajor> result(sums.data(), m, n);
     gemmlowp::GemmWithOutputPipeline<uint8_t, int32_t, gemmlowp::DefaultL8R8BitDepthParams>(
         &context, lhs, rhs, &result, -128, -128, std::make_tuple());
-    requantise(sums, bias, s.n, lowp.data());
+    requantise(sums, bias, n, &lowp);
   };
-  std::vector<int32_t> dsums(ours.size());
   const int32_t zero = 0;
   const auto dnnlRun = [&] {
-    dnnl_gemm_s8s8s32('N', 'N', 'F', s.m, s.n, s.k, 1.0f, reinterpret_cast<const int8_t*>(a.data()), s.k, 0,
-                      reinterpret_cast<const int8_t*>(b.data()), s.n, 0, 0.0f, dsums.data(), s.n, &zero);
-    requantise(dsums, bias, s.n, dnnl.data());
+    dnnl_gemm_s8s8s32('N', 'N', 'F', m, n, k, 1.0f, a8, k, 0, b8, n, 0, 0.0f, dsums.data(), n, &zero);
+    requantise(dsums, bias, n, &dnnl);
   };
   oursRun();
   lowpRun();
   dnnlRun();
-  const std::vector<uint8_t> ref =
-      kesh::gencases::referenceMatMul(reinterpret_cast<const int8_t*>(a.data()), reinterpret_cast<const int8_t*>(b.data()),
-                                      bias.data(), s.m, s.k, s.n, 1 << 30, 40, 3, false);
-  const std::string name = "int8 matmul + requant " + std::to_string(s.m) + "x" + std::to_string(s.k) + "x" +
-                           std::to_string(s.n);
-  if (ours != ref) fail(name + ": kernel against the reference");
-  if (lowp != ours) fail(name + " vs gemmlowp");
-  if (dnnl != ours) fail(name + " vs oneDNN");
+  const std::string name =
+      "int8 matmul + requant " + std::to_string(m) + "x" + std::to_string(k) + "x" + std::to_string(n);
+  check(ours == kesh::gencases::referenceMatMul(a8, b8, bias.data(), m, k, n, 1 << 30, 40, 3, false), name);
+  check(lowp == ours, name + " vs gemmlowp");
+  check(dnnl == ours, name + " vs oneDNN");
   std::printf("  %s: identical to gemmlowp and oneDNN\n", name.c_str());
-  const int rounds = s.m * s.k * s.n > (1u << 24) ? 11 : 51;
+  const int rounds = m * k * n > (1u << 24) ? 11 : 51;
   race(name, "gemmlowp", rounds, oursRun, lowpRun);
   race(name, "oneDNN gemm_s8s8s32", rounds, oursRun, dnnlRun);
 }
@@ -191,19 +170,17 @@ int main(int, char** argv) {
     return 1;
   }
   cv::setNumThreads(1);
-  const std::vector<uint8_t> src = randomBytes(size_t{kWidth} * kHeight, 2);
-  std::printf("Checks:\n");
-  std::printf("| %-46s | %-26s | %8s | %8s | %5s |\n", "work (1920x1080 u8 for conv)", "peer", "ours ms", "peer ms",
-              "ratio");
-  std::printf("|%s|%s|----------|----------|-------|\n", std::string(48, '-').c_str(), std::string(28, '-').c_str());
-  convRow({"conv 3x3 general signed weights", 3, {-3, 5, -1, 7, 12, -6, 2, -4, 8}, 4, -5}, src, false, {});
+  const Bytes src = randomBytes(size_t{kWidth} * kHeight, 2);
+  std::printf("Checks, then | work (1920x1080 u8 for conv) | peer | ours ms | peer ms | ours / peer |:\n");
+  convRow({"conv 3x3 general signed weights", 3, {-3, 5, -1, 7, 12, -6, 2, -4, 8}, 4, -5, {}}, src);
   convRow({"conv 5x5 general signed weights", 5,
-           {1, -2, 3, -1, 2, -3, 5, -7, 4, 1, 2, 9, 16, -8, 3, -1, 6, -5, 2, -2, 1, 3, -4, 2, 1}, 5, 7},
-          src, false, {});
-  convRow({"conv 3x3 binomial (rank 1)", 3, {1, 2, 1, 2, 4, 2, 1, 2, 1}, 4, 0}, src, true, {0.25f, 0.5f, 0.25f});
-  convRow({"conv 5x5 binomial (rank 1)", 5, {1, 4, 6, 4, 1, 4, 16, 24, 16, 4, 6, 24, 36, 24, 6, 4, 16, 24, 16, 4, 1, 4, 6, 4, 1},
-           8, 0},
-          src, true, {1 / 16.f, 4 / 16.f, 6 / 16.f, 4 / 16.f, 1 / 16.f});
-  for (const Shape& s : {Shape{256, 1024, 256}, Shape{192, 192, 192}, Shape{16, 256, 204}}) matmulRow(s);
+           {1, -2, 3, -1, 2, -3, 5, -7, 4, 1, 2, 9, 16, -8, 3, -1, 6, -5, 2, -2, 1, 3, -4, 2, 1}, 5, 7, {}}, src);
+  convRow({"conv 3x3 binomial (rank 1)", 3, {1, 2, 1, 2, 4, 2, 1, 2, 1}, 4, 0, {0.25f, 0.5f, 0.25f}}, src);
+  convRow({"conv 5x5 binomial (rank 1)", 5,
+           {1, 4, 6, 4, 1, 4, 16, 24, 16, 4, 6, 24, 36, 24, 6, 4, 16, 24, 16, 4, 1, 4, 6, 4, 1}, 8, 0,
+           {1 / 16.f, 4 / 16.f, 6 / 16.f, 4 / 16.f, 1 / 16.f}}, src);
+  for (const auto& [m, k, n] : {std::array<uint32_t, 3>{256, 1024, 256}, {192, 192, 192}, {16, 256, 204}}) {
+    matmulRow(m, k, n);
+  }
   return 0;
 }

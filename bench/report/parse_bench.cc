@@ -10,19 +10,12 @@
 namespace kesh::report {
 namespace {
 
-Plan benchPlan() {
-  Plan plan;
-  plan.sets = {{"sets.txt:1", "-f a.bin", {{"a.bin", {{"in", 256, ""}, {"out", 256, ""}}, true}}}};
-  plan.groups = {{0}};
-  plan.loopCount = -1;
-  return plan;
-}
-
 // Runs of one execution whose "out" differs in every fourth byte, up to `bytes`.
 std::string benchLog(size_t bytes) {
   std::string listing;
-  for (int k = 0; k < 256; ++k)
+  for (int k = 0; k < 256; ++k) {
     listing += std::string(k % 4 == 0 ? "5a" : "0") + (k % 4 == 3 ? "  " : " ") + (k % 16 == 15 ? "\n" : "");
+  }
   std::string log;
   for (int run = 1; log.size() < bytes; ++run) {
     const std::string prefix = "[" + std::to_string(run) + "] ";
@@ -38,7 +31,10 @@ std::string benchLog(size_t bytes) {
 }
 
 void BM_ReadLog(benchmark::State& state) {
-  const Plan plan = benchPlan();
+  Plan plan;
+  plan.sets = {{"sets.txt:1", "-f a.bin", {{"a.bin", {{"in", 256, ""}, {"out", 256, ""}}, true}}}};
+  plan.groups = {{0}};
+  plan.loopCount = -1;
   const std::string log = benchLog(static_cast<size_t>(state.range(0)) << 20);
   constexpr size_t kChunk = 1 << 16;
   for (auto _ : state) {

@@ -10,24 +10,18 @@ runs=${2:-200}
 repeat=${3:-5}
 player=$build/bin/kesh_player
 report=$build/bin/kesh_report
-for program in "$player" "$report"; do
-  [ -x "$program" ] || { echo "missing $program: build the tree first" >&2; exit 2; }
-done
+[ -x "$player" ] && [ -x "$report" ] || { echo "missing $player or $report: build the tree first" >&2; exit 2; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cases=(-t 0 -t 1 -t 2 -t 3 -t 4 -t 5 -l "$runs")
 
 seconds() {  # wall seconds of the command given
-  local start end
-  start=$(date +%s%N)
+  local start=$(date +%s%N)
   "$@" >"$work/out" 2>"$work/err" || true
-  end=$(date +%s%N)
-  awk -v ns=$((end - start)) 'BEGIN {printf "%.4f\n", ns / 1e9}' 
+  awk -v ns=$(($(date +%s%N) - start)) 'BEGIN {printf "%.4f\n", ns / 1e9}'
 }
 median() { sort -n | awk '{v[NR]=$1} END {print (NR % 2) ? v[(NR+1)/2] : (v[NR/2] + v[NR/2+1]) / 2}'; }
 
-: >"$work/direct"
-: >"$work/report"
 for ((k = 0; k < repeat; ++k)); do
   seconds "$player" "${cases[@]}" >>"$work/direct"
   seconds "$report" --junit "$work/r.xml" --json "$work/r.json" -- "$player" "${cases[@]}" >>"$work/report"
@@ -36,4 +30,4 @@ direct=$(median <"$work/direct")
 reported=$(median <"$work/report")
 echo "direct:       ${direct} s (median of $repeat)"
 echo "under report: ${reported} s (median of $repeat)"
-awk -v a="$reported" -v b="$direct" 'BEGIN {printf "ratio:        %.3f\n", a / b}' 
+awk -v a="$reported" -v b="$direct" 'BEGIN {printf "ratio:        %.3f\n", a / b}'

@@ -15,23 +15,21 @@ namespace {
 
 constexpr std::size_t kSize = std::size_t{64} << 20;
 
-const std::string& dataFile() {
+const char* dataFile() {
   static const std::string path = [] {
     const std::vector<uint8_t> bytes = kesh::bench::randomBytes(kSize, 3);
     const std::string made = "/tmp/kesh_settings_bench_random_64M";
     std::ofstream(made, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), kSize);
     return made;
   }();
-  return path;
+  return path.c_str();
 }
 
 void BM_PlainRead(benchmark::State& state) {
-  const char* path = dataFile().c_str();
   for (auto _ : state) {
-    const int fd = open(path, O_RDONLY);
+    const int fd = open(dataFile(), O_RDONLY);
     std::unique_ptr<uint8_t[]> buffer(new uint8_t[kSize]);
-    ssize_t got = 1;
-    for (std::size_t filled = 0; filled < kSize && got > 0; filled += static_cast<std::size_t>(got)) {
+    for (ssize_t filled = 0, got = 1; filled < ssize_t{kSize} && got > 0; filled += got) {
       got = read(fd, buffer.get() + filled, kSize - filled);
     }
     close(fd);
@@ -41,11 +39,7 @@ void BM_PlainRead(benchmark::State& state) {
 BENCHMARK(BM_PlainRead)->Unit(benchmark::kMillisecond);
 
 void BM_ReadData(benchmark::State& state) {
-  const char* path = dataFile().c_str();
-  for (auto _ : state) {
-    std::vector<uint8_t> bytes = TesterSetting::TestCommand::readData(path);
-    benchmark::DoNotOptimize(bytes.data());
-  }
+  for (auto _ : state) benchmark::DoNotOptimize(TesterSetting::TestCommand::readData(dataFile()).data());
 }
 BENCHMARK(BM_ReadData)->Unit(benchmark::kMillisecond);
 

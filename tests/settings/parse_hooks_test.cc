@@ -15,40 +15,14 @@
 namespace kesh::settings::testing {
 namespace {
 
-class ParseHooksTest : public ::testing::Test {
+class ParseHooksTest : public SettingsTest {
  protected:
   void SetUp() override { setFatalHandler(throwIntercepted); }
   void TearDown() override {
     setFatalHandler(nullptr);
     parseHooks() = ParseHooks{};
   }
-  TesterSetting parse(const std::vector<std::string>& args) { return parseArguments(args, &echo); }
-  TempDir dir;
-  std::string echo;
 };
-
-TEST_F(ParseHooksTest, GlobalFatalErrorsReachTheHandlerAfterTheirEcho) {
-  const std::string p = dir.write("p.bin", "P"), none = dir.path() + "/none";
-  const std::string bad = dir.write("bad.txt", "-f " + p + "\n-r\n-f " + p + "\n");
-  struct Row {
-    std::vector<std::string> args;
-    std::string echo;
-    FatalStream stream;
-    std::string text;
-  };
-  const Row rows[] = {
-      {{"--loop"}, "", FatalStream::kStdout, "prog: option requires an argument - 'l\n"},
-      {{"--command"}, "", FatalStream::kStdout, "prog: option requires an argument - '\x01\n"},
-      {{"-h", "--command", bad}, "Pattern binary: " + p + "\n", FatalStream::kStderr, "Unknown option: 63\n"},
-      {{"-h", "--command", none}, "", FatalStream::kStderr, "Error: cannot open file " + none + "\n"},
-  };
-  for (const Row& row : rows) {
-    const Ending ending = runToFatal([&] { parseArguments(row.args, nullptr); });
-    EXPECT_EQ(ending.fatal.stream, row.stream) << row.args.back();
-    EXPECT_EQ(ending.fatal.text, row.text) << row.args.back();
-    EXPECT_EQ(ending.echo, row.echo) << row.args.back();
-  }
-}
 
 TEST_F(ParseHooksTest, HooksSeeSetsOptionsBindingsAndIgnoredWords) {
   std::vector<std::string> seen;

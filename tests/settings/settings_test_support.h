@@ -1,7 +1,9 @@
-// Argument parsing with captured output, and fatal errors turned into values,
-// for the settings tests. Single-threaded use only.
+// Argument parsing with captured output, fatal errors turned into values, and
+// the settings tests' common fixture. Single-threaded use only.
 #ifndef KESH_TESTS_SETTINGS_SETTINGS_TEST_SUPPORT_H_
 #define KESH_TESTS_SETTINGS_SETTINGS_TEST_SUPPORT_H_
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <optional>
@@ -64,6 +66,16 @@ inline Ending runToFatal(const std::function<void()>& body) {
   setFatalHandler(nullptr);
   return ending;
 }
+
+/// A scratch folder holding a pattern file `p`, and the echo of the last parse.
+class SettingsTest : public ::testing::Test {
+ protected:
+  /// The settings of the program's arguments `args`; their echo goes to `echo`.
+  TesterSetting parse(const std::vector<std::string>& args) { return parseArguments(args, &echo); }
+
+  TempDir dir;
+  std::string p = dir.write("p.bin", std::string("P\0\n", 3)), echo;
+};
 
 }  // namespace kesh::settings::testing
 

@@ -16,7 +16,7 @@ namespace {
 using TestCommand = TesterSetting::TestCommand;
 using Bytes = std::vector<uint8_t>;
 
-class TestCommandTest : public ::testing::Test {
+class TestCommandTest : public SettingsTest {
  protected:
   /// Builds a command set from `line`; what it printed goes to `echo`.
   TestCommand build(const std::string& line) {
@@ -31,9 +31,6 @@ class TestCommandTest : public ::testing::Test {
     Bytes bytes = TestCommand::readData(path.c_str());
     return std::string(bytes.begin(), bytes.end());
   }
-
-  TempDir dir;
-  std::string p = dir.write("p.bin", std::string("P\0\n", 3)), echo;
 };
 
 TEST(WordSplitTest, EverySingleBlankSeparatesNothingElseDoes) {
@@ -102,31 +99,44 @@ TEST_F(TestCommandTest, DataBindsToBaseNameFirstFileWinsBuiltInCaseIsCurrent) {
   EXPECT_NE(twice.subCommands[0].inputs, twice.subCommands[1].inputs);
 }
 
+// Command lines (and, marked global, the program's own arguments, split at
+// blanks) that end with a fatal error on its stream, after their echo.
 TEST_F(TestCommandTest, BadLinesEndWithTheirMessageAfterTheirEcho) {
   const std::string none = dir.path() + "/none", open = "Error: cannot open file ";
+  const std::string bad = dir.write("bad.txt", "-f " + p + "\n-r\n-f " + p + "\n");
   const FatalStream out = FatalStream::kStdout, err = FatalStream::kStderr;
+  const bool global = true;
   struct Row {
-    std::string line, echo;
+    bool global;
+    std::string words, echo;
     FatalStream stream;
     std::string message;
   };
   const Row rows[] = {
-      {"-i " + none, "", err, "No pattern binary found, set pattern binary first!\n"},
-      {"-l 64", "", err, "Invalid group loop count: 64. Maximum is 64\n"},
-      {"-f ", "", out, "prog: option requires an argument -- '102'\n"},
-      {"-h", "", err, "Unknown option: 63\n"},
-      {"-t -1", "Test default case: -1\n", err, "Invalid mode: -1\n"},
-      {"-t 6", "Test default case: 6\n", err, "Invalid mode: 6\n"},
-      {"-f  " + p, "Pattern binary: \n", err, open + "\n"},
-      {"-f " + dir.path(), "Pattern binary: " + dir.path() + "\n", err, open + dir.path() + "\n"},
-      {"-f " + p + " -o " + none, "Pattern binary: " + p + "\nPattern golden 0: " + none + "\n", err,
+      {!global, "-i " + none, "", err, "No pattern binary found, set pattern binary first!\n"},
+      {!global, "-l 64", "", err, "Invalid group loop count: 64. Maximum is 64\n"},
+      {!global, "-f ", "", out, "prog: option requires an argument -- '102'\n"},
+      {!global, "-h", "", err, "Unknown option: 63\n"},
+      {!global, "-t -1", "Test default case: -1\n", err, "Invalid mode: -1\n"},
+      {!global, "-t 6", "Test default case: 6\n", err, "Invalid mode: 6\n"},
+      {!global, "-f  " + p, "Pattern binary: \n", err, open + "\n"},
+      {!global, "-f " + dir.path(), "Pattern binary: " + dir.path() + "\n", err, open + dir.path() + "\n"},
+      {!global, "-f " + p + " -o " + none, "Pattern binary: " + p + "\nPattern golden 0: " + none + "\n", err,
        open + none + "\n"},
+      {global, "--loop", "", out, "prog: option requires an argument - 'l\n"},
+      {global, "--command", "", out, "prog: option requires an argument - '\x01\n"},
+      {global, "-h --command " + bad, "Pattern binary: " + p + "\n", err, "Unknown option: 63\n"},
+      {global, "-h --command " + none, "", err, open + none + "\n"},
   };
   for (const Row& row : rows) {
-    const Ending ending = runToFatal([&] { TestCommand("prog", row.line); });
-    EXPECT_EQ(ending.fatal.stream, row.stream) << row.line;
-    EXPECT_EQ(ending.fatal.text, row.message) << row.line;
-    EXPECT_EQ(ending.echo, row.echo) << row.line;
+    const Ending ending = runToFatal([&] {
+      const std::vector<std::string> words = splitCommandWords("prog", row.words);
+      if (row.global) parseArguments({words.begin() + 1, words.end()}, nullptr);
+      if (!row.global) TestCommand("prog", row.words);
+    });
+    EXPECT_EQ(ending.fatal.stream, row.stream) << row.words;
+    EXPECT_EQ(ending.fatal.text, row.message) << row.words;
+    EXPECT_EQ(ending.echo, row.echo) << row.words;
   }
 }
 

@@ -10,9 +10,8 @@ namespace {
 
 using Layout = std::vector<std::vector<std::string>>;
 
-class TesterSettingTest : public ::testing::Test {
+class TesterSettingTest : public SettingsTest {
  protected:
-  TesterSetting parse(const std::vector<std::string>& args) { return parseArguments(args, &echo); }
   /// The command lines, group by group.
   static Layout layout(const TesterSetting& setting) {
     Layout result;
@@ -22,10 +21,6 @@ class TesterSettingTest : public ::testing::Test {
     }
     return result;
   }
-
-  TempDir dir;
-  std::string p = dir.write("p.bin", "P");
-  std::string echo;
 };
 
 TEST_F(TesterSettingTest, GlobalOptionsAndGatheredText) {

@@ -15,8 +15,7 @@ using namespace kesh::testing;  // NOLINT: the sample patterns and API helpers
 
 class ApiTest : public ::testing::Test {
  protected:
-  void SetUp() override { ASSERT_NE(player_ = keshCreatePlayer("KESH pattern tester"), nullptr); }
-  _kesh_player* player_ = nullptr;
+  _kesh_player* player_ = keshCreatePlayer("KESH pattern tester");
 };
 
 TEST_F(ApiTest, ArgumentInfoWritesWholeValuesOrNothing) {

@@ -9,7 +9,6 @@
 #include <memory>
 #include <mutex>
 #include <set>
-#include <string>
 #include <vector>
 
 #include "format/reader.h"
@@ -62,30 +61,26 @@ struct TestGraph {
   std::vector<std::shared_ptr<Memory>> memories;
 };
 
-struct StepsRow {
-  const char* label;
-  size_t nodes;
-  std::vector<std::vector<HandleId>> packs;
-  std::vector<std::vector<size_t>> steps;
-};
-
-class PlanStepsTest : public ::testing::TestWithParam<StepsRow> {};
-
-TEST_P(PlanStepsTest, PacksBecomeOneStepAtTheirFirstNode) {
-  TestGraph graph(GetParam().nodes, GetParam().packs);
-  std::shared_ptr<const JobPlan> plan = graph.plan();
-  ASSERT_NE(plan, nullptr);
-  EXPECT_EQ(plan->steps, GetParam().steps);
+TEST(PlanStepsTest, PacksBecomeOneStepAtTheirFirstNode) {
+  const struct {
+    const char* label;
+    size_t nodes;
+    std::vector<std::vector<HandleId>> packs;
+    std::vector<std::vector<size_t>> steps;
+  } rows[] = {
+      {"unpacked", 3, {}, {{0}, {1}, {2}}},
+      {"packed all", 3, {{1, 2, 3}}, {{0, 1, 2}}},
+      {"pack with a gap", 4, {{4, 2}}, {{0}, {1, 3}, {2}}},
+      {"two interleaved packs", 4, {{1, 3}, {2, 4}}, {{0, 2}, {1, 3}}},
+      {"empty graph", 0, {}, {}},
+  };
+  for (const auto& row : rows) {
+    TestGraph graph(row.nodes, row.packs);
+    std::shared_ptr<const JobPlan> plan = graph.plan();
+    ASSERT_NE(plan, nullptr) << row.label;
+    EXPECT_EQ(plan->steps, row.steps) << row.label;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Layouts, PlanStepsTest,
-    ::testing::Values(StepsRow{"unpacked", 3, {}, {{0}, {1}, {2}}},
-                      StepsRow{"packed_all", 3, {{1, 2, 3}}, {{0, 1, 2}}},
-                      StepsRow{"pack_with_a_gap", 4, {{4, 2}}, {{0}, {1, 3}, {2}}},
-                      StepsRow{"two_interleaved_packs", 4, {{1, 3}, {2, 4}}, {{0, 2}, {1, 3}}},
-                      StepsRow{"empty_graph", 0, {}, {}}),
-    [](const ::testing::TestParamInfo<StepsRow>& row) { return std::string(row.param.label); });
 
 TEST(PlanCacheTest, PlaysShareThePlanUntilANodeChanges) {
   TestGraph graph(2, {});

@@ -3,7 +3,6 @@
 // properties); how packs are planned and dispatched is checked in dispatch_test.cc.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <vector>
 
 #include "testing/pattern_calls.h"
