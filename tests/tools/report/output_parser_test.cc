@@ -70,44 +70,35 @@ std::string unknownLines(const Results& results) {
   return all;
 }
 
+// Fed whole or in pieces of any size, the same attribution.
 TEST(OutputParser, AttributesVerdictsToExecutionsAndPatterns) {
   const Plan plan = twoSets();
   const std::string out =
-      std::string("[1/1] Test pattern start...\n") + kGroupA + kGroupB + "[1/1] Test pattern failed!!!\n";
-  const Results results = parse(plan, out);
-  EXPECT_EQ(unknownLines(results), "");
-  ASSERT_EQ(results.runs.size(), 1u);
-  const report::Run& run = results.runs[0];
-  EXPECT_EQ(run.end, RunEnd::kFailed);
-  EXPECT_EQ(run.groupOrder, (std::vector<size_t>{0, 1}));
-  EXPECT_EQ(run.groupStarts, (std::vector<size_t>{0, 1}));
-  ASSERT_EQ(run.executions.size(), 3u);
-  const Execution& first = run.executions[0];
-  ASSERT_EQ(first.verdicts.size(), 3u);
-  // "out" of a.bin passed, "out" of b.bin failed: the same name, told apart by order.
-  EXPECT_EQ(first.verdicts[1].pattern, 0u);
-  EXPECT_EQ(first.verdicts[1].outcome, Outcome::kPassed);
-  EXPECT_EQ(first.verdicts[2].pattern, 1u);
-  EXPECT_EQ(first.verdicts[2].outcome, Outcome::kFailed);
-  EXPECT_EQ(first.times[1].end, 134);
-  EXPECT_EQ(run.executions[1].verdicts.size(), 2u);
-  EXPECT_EQ(run.executions[2].verdicts.size(), 2u);
-  EXPECT_EQ(run.executions[2].times[0].ipMicros, 40);
-  EXPECT_EQ(results.failedVerdicts, 1u);
-}
-
-TEST(OutputParser, ReadsTheSameWhateverTheChunks) {
-  const Plan plan = twoSets();
-  const std::string out = std::string("Test pattern start...\n") + kGroupA + kGroupB + "Test pattern failed!!!";
-  const Results whole = parse(plan, out);
-  for (size_t chunk : {1u, 7u, 64u}) {
-    const Results pieces = parse(plan, out, chunk);
-    ASSERT_EQ(pieces.runs.size(), 1u) << "chunk " << chunk;
-    EXPECT_EQ(pieces.runs[0].end, RunEnd::kFailed) << "chunk " << chunk;
-    EXPECT_EQ(pieces.runs[0].executions[0].verdicts[2].diff.differing, 2u) << "chunk " << chunk;
-    EXPECT_EQ(unknownLines(pieces), "") << "chunk " << chunk;
+      std::string("[1/1] Test pattern start...\n") + kGroupA + kGroupB + "[1/1] Test pattern failed!!!";
+  for (size_t chunk : {0u, 1u, 7u, 64u}) {
+    SCOPED_TRACE("chunk " + std::to_string(chunk));
+    const Results results = parse(plan, out, chunk);
+    EXPECT_EQ(unknownLines(results), "");
+    ASSERT_EQ(results.runs.size(), 1u);
+    const report::Run& run = results.runs[0];
+    EXPECT_EQ(run.end, RunEnd::kFailed);
+    EXPECT_EQ(run.groupOrder, (std::vector<size_t>{0, 1}));
+    EXPECT_EQ(run.groupStarts, (std::vector<size_t>{0, 1}));
+    ASSERT_EQ(run.executions.size(), 3u);
+    const Execution& first = run.executions[0];
+    ASSERT_EQ(first.verdicts.size(), 3u);
+    // "out" of a.bin passed, "out" of b.bin failed: the same name, told apart by order.
+    EXPECT_EQ(first.verdicts[1].pattern, 0u);
+    EXPECT_EQ(first.verdicts[1].outcome, Outcome::kPassed);
+    EXPECT_EQ(first.verdicts[2].pattern, 1u);
+    EXPECT_EQ(first.verdicts[2].outcome, Outcome::kFailed);
+    EXPECT_EQ(first.verdicts[2].diff.differing, 2u);
+    EXPECT_EQ(first.times[1].end, 134);
+    EXPECT_EQ(run.executions[1].verdicts.size(), 2u);
+    EXPECT_EQ(run.executions[2].verdicts.size(), 2u);
+    EXPECT_EQ(run.executions[2].times[0].ipMicros, 40);
+    EXPECT_EQ(results.failedVerdicts, 1u);
   }
-  EXPECT_EQ(whole.runs[0].executions.size(), 3u);
 }
 
 TEST(OutputParser, FindsShuffledGroupsByTheirFirstCommand) {
@@ -124,52 +115,44 @@ TEST(OutputParser, FindsShuffledGroupsByTheirFirstCommand) {
   EXPECT_EQ(results.runs[1].executions[2].verdicts[2].pattern, 1u);
 }
 
-struct ListingRow {
-  const char* label;
-  std::string listing;  // from the line after "Diff:" to the verdict's line end
-  uint64_t listed, differing, first, last;
-  size_t valuesKept;
-};
-
-class DiffListing : public ::testing::TestWithParam<ListingRow> {};
-
-TEST_P(DiffListing, IsSummarised) {
-  const ListingRow& row = GetParam();
-  Plan plan;
-  plan.sets = {{"<command line>", " -f a.bin", {{"a.bin", {{"out", 64, ""}}, true}}}};
-  plan.groups = {{0}};
-  const Results results = parse(plan,
-                                "Test pattern start...\nRunning command:  -f a.bin\n"
-                                "Execution info of command:  -f a.bin\n"
-                                "Result does not match golden data.\nDiff:\n" +
-                                    row.listing);
-  EXPECT_EQ(unknownLines(results), "");
-  ASSERT_EQ(results.runs.at(0).executions.at(0).verdicts.size(), 1u);
-  const Verdict& verdict = results.runs[0].executions[0].verdicts[0];
-  EXPECT_EQ(verdict.outcome, Outcome::kFailed);
-  EXPECT_EQ(verdict.arg, "out");
-  EXPECT_EQ(verdict.diff.listedBytes, row.listed);
-  EXPECT_EQ(verdict.diff.differing, row.differing);
-  EXPECT_EQ(verdict.diff.firstOffset, row.first);
-  EXPECT_EQ(verdict.diff.lastOffset, row.last);
-  EXPECT_EQ(verdict.diff.firstValues.size(), row.valuesKept);
-}
-
 std::string sixteen(const char* value) {
   std::string line;
   for (int k = 0; k < 16; ++k) line += std::string(value) + (k % 4 == 3 && k < 15 ? "  " : " ");
   return line + "\n";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, DiffListing,
-    ::testing::Values(ListingRow{"WholeLinesThenVerdictLine",
-                                 sixteen("0") + sixteen("ff") + "Test failed for argument out\n", 32, 16, 16, 31, 8},
-                      ListingRow{"ShortLastLineCarriesVerdict",
-                                 "0 1 0 0  0 0 0 0  0 0 0 0  0 0 0 0 \n0 0 0 80 Test failed for argument out\n", 20, 2,
-                                 1, 19, 2},
-                      ListingRow{"SingleByte", "7 Test failed for argument out\n", 1, 1, 0, 0, 1}),
-    [](const ::testing::TestParamInfo<ListingRow>& rowInfo) { return std::string(rowInfo.param.label); });
+// A listing, from the line after "Diff:" to the verdict that ends its last line, boiled down.
+TEST(OutputParser, SummarisesDiffListings) {
+  const struct {
+    std::string listing;
+    uint64_t listed, differing, first, last;
+    size_t valuesKept;
+  } kRows[] = {
+      {sixteen("0") + sixteen("ff") + "Test failed for argument out\n", 32, 16, 16, 31, 8},
+      {"0 1 0 0  0 0 0 0  0 0 0 0  0 0 0 0 \n0 0 0 80 Test failed for argument out\n", 20, 2, 1, 19, 2},
+      {"7 Test failed for argument out\n", 1, 1, 0, 0, 1},
+  };
+  Plan plan;
+  plan.sets = {{"<command line>", " -f a.bin", {{"a.bin", {{"out", 64, ""}}, true}}}};
+  plan.groups = {{0}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.listing);
+    const Results results = parse(plan,
+                                  "Test pattern start...\nRunning command:  -f a.bin\n"
+                                  "Execution info of command:  -f a.bin\nResult does not match golden data.\nDiff:\n" +
+                                      row.listing);
+    EXPECT_EQ(unknownLines(results), "");
+    ASSERT_EQ(results.runs.at(0).executions.at(0).verdicts.size(), 1u);
+    const Verdict& verdict = results.runs[0].executions[0].verdicts[0];
+    EXPECT_EQ(verdict.outcome, Outcome::kFailed);
+    EXPECT_EQ(verdict.arg, "out");
+    EXPECT_EQ(verdict.diff.listedBytes, row.listed);
+    EXPECT_EQ(verdict.diff.differing, row.differing);
+    EXPECT_EQ(verdict.diff.firstOffset, row.first);
+    EXPECT_EQ(verdict.diff.lastOffset, row.last);
+    EXPECT_EQ(verdict.diff.firstValues.size(), row.valuesKept);
+  }
+}
 
 TEST(OutputParser, SortsStandardErrorAndFlagsUnknownLines) {
   const Plan plan = twoSets();
