@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -64,55 +65,69 @@ Results parse(const Plan& plan, const std::string& out, size_t chunk = 0) {
   return parser.results();
 }
 
-std::string unknownLines(const Results& results) {
-  std::string all;
-  for (const UnknownLine& line : results.unknown) all += line.text + "\n";
-  return all;
+// "out@1 failed 20:2:1..19:2": the argument, its pattern's position, the
+// outcome and for a listing its bytes, differing bytes, range and values kept.
+std::string verdictText(const Verdict& verdict) {
+  std::ostringstream text;
+  text << verdict.arg << '@' << verdict.pattern << ' '
+       << (verdict.outcome == Outcome::kPassed ? "passed" : verdict.outcome == Outcome::kFailed ? "failed" : "skipped");
+  const DiffSummary& diff = verdict.diff;
+  if (verdict.hasDiff)
+    text << ' ' << diff.listedBytes << ':' << diff.differing << ':' << diff.firstOffset << ".." << diff.lastOffset
+         << ':' << diff.firstValues.size();
+  return text.str();
 }
 
-// Fed whole or in pieces of any size, the same attribution.
+// A line per run (its number, end, group order and each group's first
+// execution) and per execution (its set, IP time@end timestamp per pattern, verdicts).
+std::string sketch(const Results& results) {
+  std::ostringstream text;
+  for (const UnknownLine& line : results.unknown) text << "unknown: " << line.text << '\n';
+  for (const report::Run& run : results.runs) {
+    text << "run " << run.number << (run.end == RunEnd::kIncomplete ? " incomplete" : "")
+         << (run.end == RunEnd::kFailed ? " failed" : "") << " groups";
+    for (size_t k = 0; k < run.groupOrder.size(); ++k) text << ' ' << run.groupOrder[k] << '@' << run.groupStarts[k];
+    text << '\n';
+    for (const Execution& execution : run.executions) {
+      text << "  set " << execution.set << (execution.completed ? "" : " unfinished");
+      for (const PatternTimes& times : execution.times) text << ' ' << times.ipMicros << '@' << times.end;
+      for (const Verdict& verdict : execution.verdicts) text << ", " << verdictText(verdict);
+      text << '\n';
+    }
+  }
+  return text.str();
+}
+
+// Fed whole or in pieces of any size, the same attribution: "out" of a.bin
+// passed, "out" of b.bin failed, the same name told apart by order.
 TEST(OutputParser, AttributesVerdictsToExecutionsAndPatterns) {
-  const Plan plan = twoSets();
   const std::string out =
       std::string("[1/1] Test pattern start...\n") + kGroupA + kGroupB + "[1/1] Test pattern failed!!!";
   for (size_t chunk : {0u, 1u, 7u, 64u}) {
-    SCOPED_TRACE("chunk " + std::to_string(chunk));
-    const Results results = parse(plan, out, chunk);
-    EXPECT_EQ(unknownLines(results), "");
-    ASSERT_EQ(results.runs.size(), 1u);
-    const report::Run& run = results.runs[0];
-    EXPECT_EQ(run.end, RunEnd::kFailed);
-    EXPECT_EQ(run.groupOrder, (std::vector<size_t>{0, 1}));
-    EXPECT_EQ(run.groupStarts, (std::vector<size_t>{0, 1}));
-    ASSERT_EQ(run.executions.size(), 3u);
-    const Execution& first = run.executions[0];
-    ASSERT_EQ(first.verdicts.size(), 3u);
-    // "out" of a.bin passed, "out" of b.bin failed: the same name, told apart by order.
-    EXPECT_EQ(first.verdicts[1].pattern, 0u);
-    EXPECT_EQ(first.verdicts[1].outcome, Outcome::kPassed);
-    EXPECT_EQ(first.verdicts[2].pattern, 1u);
-    EXPECT_EQ(first.verdicts[2].outcome, Outcome::kFailed);
-    EXPECT_EQ(first.verdicts[2].diff.differing, 2u);
-    EXPECT_EQ(first.times[1].end, 134);
-    EXPECT_EQ(run.executions[1].verdicts.size(), 2u);
-    EXPECT_EQ(run.executions[2].verdicts.size(), 2u);
-    EXPECT_EQ(run.executions[2].times[0].ipMicros, 40);
+    const Results results = parse(twoSets(), out, chunk);
+    EXPECT_EQ(sketch(results),
+              "run 1 failed groups 0@0 1@1\n"
+              "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n"
+              "  set 1 30@-1, in@0 skipped, out@0 passed\n"
+              "  set 1 40@-1, in@0 skipped, out@0 passed\n")
+        << "chunk " << chunk;
     EXPECT_EQ(results.failedVerdicts, 1u);
   }
 }
 
 TEST(OutputParser, FindsShuffledGroupsByTheirFirstCommand) {
-  const Plan plan = twoSets();
   const std::string out = std::string("[1/2] Test pattern start...\n") + kGroupA + kGroupB +
                           "[1/2] Test pattern passed!!!\n[2/2] Test pattern start...\n" + kGroupB + kGroupA +
                           "[2/2] Test pattern failed!!!\n";
-  const Results results = parse(plan, out);
-  ASSERT_EQ(results.runs.size(), 2u);
-  EXPECT_EQ(results.runs[1].number, 2);
-  EXPECT_EQ(results.runs[1].groupOrder, (std::vector<size_t>{1, 0}));
-  EXPECT_EQ(results.runs[1].groupStarts, (std::vector<size_t>{0, 2}));
-  EXPECT_EQ(results.runs[1].executions[2].verdicts[2].outcome, Outcome::kFailed);
-  EXPECT_EQ(results.runs[1].executions[2].verdicts[2].pattern, 1u);
+  EXPECT_EQ(sketch(parse(twoSets(), out)),
+            "run 1 groups 0@0 1@1\n"
+            "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n"
+            "  set 1 30@-1, in@0 skipped, out@0 passed\n"
+            "  set 1 40@-1, in@0 skipped, out@0 passed\n"
+            "run 2 failed groups 1@0 0@2\n"
+            "  set 1 30@-1, in@0 skipped, out@0 passed\n"
+            "  set 1 40@-1, in@0 skipped, out@0 passed\n"
+            "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n");
 }
 
 std::string sixteen(const char* value) {
@@ -124,39 +139,26 @@ std::string sixteen(const char* value) {
 // A listing, from the line after "Diff:" to the verdict that ends its last line, boiled down.
 TEST(OutputParser, SummarisesDiffListings) {
   const struct {
-    std::string listing;
-    uint64_t listed, differing, first, last;
-    size_t valuesKept;
+    std::string listing, verdict;
   } kRows[] = {
-      {sixteen("0") + sixteen("ff") + "Test failed for argument out\n", 32, 16, 16, 31, 8},
-      {"0 1 0 0  0 0 0 0  0 0 0 0  0 0 0 0 \n0 0 0 80 Test failed for argument out\n", 20, 2, 1, 19, 2},
-      {"7 Test failed for argument out\n", 1, 1, 0, 0, 1},
+      {sixteen("0") + sixteen("ff") + "Test failed for argument out\n", "out@0 failed 32:16:16..31:8"},
+      {"0 1 0 0  0 0 0 0  0 0 0 0  0 0 0 0 \n0 0 0 80 Test failed for argument out\n", "out@0 failed 20:2:1..19:2"},
+      {"7 Test failed for argument out\n", "out@0 failed 1:1:0..0:1"},
   };
   Plan plan;
   plan.sets = {{"<command line>", " -f a.bin", {{"a.bin", {{"out", 64, ""}}, true}}}};
   plan.groups = {{0}};
   for (const auto& row : kRows) {
-    SCOPED_TRACE(row.listing);
     const Results results = parse(plan,
                                   "Test pattern start...\nRunning command:  -f a.bin\n"
                                   "Execution info of command:  -f a.bin\nResult does not match golden data.\nDiff:\n" +
                                       row.listing);
-    EXPECT_EQ(unknownLines(results), "");
-    ASSERT_EQ(results.runs.at(0).executions.at(0).verdicts.size(), 1u);
-    const Verdict& verdict = results.runs[0].executions[0].verdicts[0];
-    EXPECT_EQ(verdict.outcome, Outcome::kFailed);
-    EXPECT_EQ(verdict.arg, "out");
-    EXPECT_EQ(verdict.diff.listedBytes, row.listed);
-    EXPECT_EQ(verdict.diff.differing, row.differing);
-    EXPECT_EQ(verdict.diff.firstOffset, row.first);
-    EXPECT_EQ(verdict.diff.lastOffset, row.last);
-    EXPECT_EQ(verdict.diff.firstValues.size(), row.valuesKept);
+    EXPECT_EQ(sketch(results), "run 1 incomplete groups 0@0\n  set 0 -1@-1, " + row.verdict + "\n") << row.listing;
   }
 }
 
 TEST(OutputParser, SortsStandardErrorAndFlagsUnknownLines) {
-  const Plan plan = twoSets();
-  OutputParser parser(plan);
+  OutputParser parser(twoSets());
   const std::string err =
       "Pattern argument in not set\nFailed to add pattern to graph\nFailed to play pattern\nsomething else\n";
   parser.feedStderr(err.data(), err.size());
@@ -173,18 +175,15 @@ TEST(OutputParser, SortsStandardErrorAndFlagsUnknownLines) {
 }
 
 TEST(OutputParser, ReadsAMergedLogCutOffByACrash) {
-  const Plan plan = twoSets();
-  OutputParser parser(plan);
+  OutputParser parser(twoSets());
   const std::string log = std::string("Test pattern start...\n") + kGroupA + "Running command:  -f a.bin -l 2\n";
   parser.feedLog(log.data(), log.size());
   parser.finish(139, 11);
-  const Results& results = parser.results();
-  EXPECT_EQ(unknownLines(results), "");
-  ASSERT_EQ(results.runs.size(), 1u);
-  EXPECT_EQ(results.runs[0].end, RunEnd::kIncomplete);
-  ASSERT_EQ(results.runs[0].executions.size(), 2u);
-  EXPECT_FALSE(results.runs[0].executions[1].completed);
-  EXPECT_EQ(results.signal, 11);
+  EXPECT_EQ(sketch(parser.results()),
+            "run 0 incomplete groups 0@0 1@1\n"
+            "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n"
+            "  set 1 unfinished\n");
+  EXPECT_EQ(parser.results().signal, 11);
 }
 
 }  // namespace
