@@ -158,7 +158,8 @@ TEST(OutputParser, SummarisesDiffListings) {
 }
 
 TEST(OutputParser, SortsStandardErrorAndFlagsUnknownLines) {
-  OutputParser parser(twoSets());
+  const Plan plan = twoSets();
+  OutputParser parser(plan);
   const std::string err =
       "Pattern argument in not set\nFailed to add pattern to graph\nFailed to play pattern\nsomething else\n";
   parser.feedStderr(err.data(), err.size());
@@ -175,14 +176,15 @@ TEST(OutputParser, SortsStandardErrorAndFlagsUnknownLines) {
 }
 
 TEST(OutputParser, ReadsAMergedLogCutOffByACrash) {
-  OutputParser parser(twoSets());
+  const Plan plan = twoSets();
+  OutputParser parser(plan);
   const std::string log = std::string("Test pattern start...\n") + kGroupA + "Running command:  -f a.bin -l 2\n";
   parser.feedLog(log.data(), log.size());
   parser.finish(139, 11);
   EXPECT_EQ(sketch(parser.results()),
-            "run 0 incomplete groups 0@0 1@1\n"
+            "run 1 incomplete groups 0@0 1@1\n"
             "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n"
-            "  set 1 unfinished\n");
+            "  set 1 unfinished -1@-1\n");
   EXPECT_EQ(parser.results().signal, 11);
 }
 
