@@ -99,35 +99,21 @@ std::string sketch(const Results& results) {
 }
 
 // Fed whole or in pieces of any size, the same attribution: "out" of a.bin
-// passed, "out" of b.bin failed, the same name told apart by order.
+// passed, "out" of b.bin failed, the same name told apart by order; a shuffled
+// run's groups are found by their first command.
 TEST(OutputParser, AttributesVerdictsToExecutionsAndPatterns) {
-  const std::string out =
-      std::string("[1/1] Test pattern start...\n") + kGroupA + kGroupB + "[1/1] Test pattern failed!!!";
+  const std::string out = std::string("[1/2] Test pattern start...\n") + kGroupA + kGroupB +
+                          "[1/2] Test pattern failed!!!\n[2/2] Test pattern start...\n" + kGroupB + kGroupA +
+                          "[2/2] Test pattern failed!!!";
+  const std::string groupA = "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n";
+  const std::string groupB = "  set 1 30@-1, in@0 skipped, out@0 passed\n  set 1 40@-1, in@0 skipped, out@0 passed\n";
   for (size_t chunk : {0u, 1u, 7u, 64u}) {
     const Results results = parse(twoSets(), out, chunk);
     EXPECT_EQ(sketch(results),
-              "run 1 failed groups 0@0 1@1\n"
-              "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n"
-              "  set 1 30@-1, in@0 skipped, out@0 passed\n"
-              "  set 1 40@-1, in@0 skipped, out@0 passed\n")
+              "run 1 failed groups 0@0 1@1\n" + groupA + groupB + "run 2 failed groups 1@0 0@2\n" + groupB + groupA)
         << "chunk " << chunk;
-    EXPECT_EQ(results.failedVerdicts, 1u);
+    EXPECT_EQ(results.failedVerdicts, 2u);
   }
-}
-
-TEST(OutputParser, FindsShuffledGroupsByTheirFirstCommand) {
-  const std::string out = std::string("[1/2] Test pattern start...\n") + kGroupA + kGroupB +
-                          "[1/2] Test pattern passed!!!\n[2/2] Test pattern start...\n" + kGroupB + kGroupA +
-                          "[2/2] Test pattern failed!!!\n";
-  EXPECT_EQ(sketch(parse(twoSets(), out)),
-            "run 1 groups 0@0 1@1\n"
-            "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n"
-            "  set 1 30@-1, in@0 skipped, out@0 passed\n"
-            "  set 1 40@-1, in@0 skipped, out@0 passed\n"
-            "run 2 failed groups 1@0 0@2\n"
-            "  set 1 30@-1, in@0 skipped, out@0 passed\n"
-            "  set 1 40@-1, in@0 skipped, out@0 passed\n"
-            "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n");
 }
 
 std::string sixteen(const char* value) {
