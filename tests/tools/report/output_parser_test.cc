@@ -78,11 +78,15 @@ std::string verdictText(const Verdict& verdict) {
   return text.str();
 }
 
-// A line per run (its number, end, group order and each group's first
-// execution) and per execution (its set, IP time@end timestamp per pattern, verdicts).
+// A line per standard error line kept, per unknown line, per run (its number,
+// end, group order and each group's first execution) and per execution (its
+// set, IP time@end timestamp per pattern, verdicts).
 std::string sketch(const Results& results) {
   std::ostringstream text;
-  for (const UnknownLine& line : results.unknown) text << "unknown: " << line.text << '\n';
+  for (const std::string& line : results.notices) text << "notice: " << line << '\n';
+  for (const std::string& line : results.fatal) text << "fatal: " << line << '\n';
+  for (const UnknownLine& line : results.unknown)
+    text << (line.onStderr ? "unknown on stderr: " : "unknown: ") << line.text << '\n';
   for (const report::Run& run : results.runs) {
     text << "run " << run.number << (run.end == RunEnd::kIncomplete ? " incomplete" : "")
          << (run.end == RunEnd::kFailed ? " failed" : "") << " groups";
@@ -152,13 +156,9 @@ TEST(OutputParser, SortsStandardErrorAndFlagsUnknownLines) {
   const std::string out = "Pattern binary: a.bin\nTest default case: 7\nnot a line of the tool\n";
   parser.feedStdout(out.data(), out.size());
   parser.finish(1, 0);
-  const Results& results = parser.results();
-  EXPECT_EQ(results.notices,
-            (std::vector<std::string>{"Pattern argument in not set", "Failed to add pattern to graph"}));
-  EXPECT_EQ(results.fatal, (std::vector<std::string>{"Failed to play pattern"}));
-  ASSERT_EQ(results.unknown.size(), 2u);
-  EXPECT_TRUE(results.unknown[0].onStderr);
-  EXPECT_EQ(results.unknown[1].text, "not a line of the tool");
+  EXPECT_EQ(sketch(parser.results()),
+            "notice: Pattern argument in not set\nnotice: Failed to add pattern to graph\n"
+            "fatal: Failed to play pattern\nunknown on stderr: something else\nunknown: not a line of the tool\n");
 }
 
 TEST(OutputParser, ReadsAMergedLogCutOffByACrash) {
