@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 #include <vector>
 
 #include "format/reader.h"
@@ -20,6 +19,10 @@ namespace {
 
 using kesh::format::Program;
 
+void require(bool holds) {
+  if (!holds) std::abort();
+}
+
 // Runs the program over argument buffers of exactly their declared sizes, so
 // that the sanitizer sees any access past them.
 void execute(const Program& program) {
@@ -29,44 +32,40 @@ void execute(const Program& program) {
   if (total > 64 * 1024) return;
   std::vector<std::vector<uint8_t>> buffers;
   std::vector<kesh::kernels::BufferView> views;
-  buffers.reserve(program.args.size());
-  for (const auto& arg : program.args) {
-    buffers.emplace_back(arg.size, static_cast<uint8_t>(arg.index * 37 + 11));
-    views.push_back({buffers.back().data(), buffers.back().size()});
-  }
+  for (const auto& arg : program.args) buffers.emplace_back(arg.size, static_cast<uint8_t>(arg.index * 37 + 11));
+  for (auto& buffer : buffers) views.push_back({buffer.data(), buffer.size()});
   kesh::kernels::executeProgram(program, views);
 }
 
 void createThroughLibrary(const uint8_t* data, size_t size, bool valid) {
   static _kesh_player* const player = keshCreatePlayer("fuzz");
   _pattern* pattern = keshCreatePattern(player, data, static_cast<uint32_t>(size), "fuzz");
-  if ((pattern != nullptr) != valid) std::abort();
+  require((pattern != nullptr) == valid);
   if (pattern == nullptr) return;
-  std::vector<uint8_t> buffer;
   for (int type = PATTERN_ARG_INFO_INDEX; type <= PATTERN_ARG_INFO_SIZE; ++type) {
     uint32_t infoSize = 0;
     const auto infoType = static_cast<pattern_arg_info_type>(type);
-    if (keshGetPatternArgInfoSize(pattern, infoType, &infoSize) != 0) std::abort();
-    buffer.assign(infoSize, 0xA5);
-    if (infoSize != 0 && keshGetPatternArgInfo(pattern, infoType, buffer.data(), infoSize) != 0) std::abort();
+    require(keshGetPatternArgInfoSize(pattern, infoType, &infoSize) == 0);
+    std::vector<uint8_t> info(infoSize, 0xA5);
+    require(infoSize == 0 || keshGetPatternArgInfo(pattern, infoType, info.data(), infoSize) == 0);
   }
-  if (keshDestroyPattern(pattern) != 0) std::abort();
+  require(keshDestroyPattern(pattern) == 0);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size > UINT32_MAX) return 0;
   Program program, again;
-  const bool valid = size <= UINT32_MAX && kesh::format::decodePattern(data, size, &program, nullptr);
-  if (size <= UINT32_MAX) createThroughLibrary(data, size, valid);
+  const bool valid = kesh::format::decodePattern(data, size, &program, nullptr);
+  createThroughLibrary(data, size, valid);
   if (!valid) return 0;
   execute(program);
-  const std::string text = kesh::pattern_text::formatPatternText(program);
   kesh::pattern_text::TextError error;
-  if (!kesh::pattern_text::parsePatternText(text, &again, &error)) std::abort();
+  require(kesh::pattern_text::parsePatternText(kesh::pattern_text::formatPatternText(program), &again, &error));
   const std::vector<uint8_t> rebuilt = kesh::format::encodePattern(again, static_cast<uint32_t>(size));
-  if (rebuilt != kesh::format::encodePattern(program, static_cast<uint32_t>(size))) std::abort();
+  require(rebuilt == kesh::format::encodePattern(program, static_cast<uint32_t>(size)));
   // Without padding the re-assembled binary is the input itself.
-  if (kesh::format::encodedSize(program) == size && std::memcmp(rebuilt.data(), data, size) != 0) std::abort();
+  require(kesh::format::encodedSize(program) != size || std::memcmp(rebuilt.data(), data, size) == 0);
   return 0;
 }

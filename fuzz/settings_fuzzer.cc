@@ -17,10 +17,6 @@
 
 namespace {
 
-// Built-in cases are copied whole: more of them, or the 8 MB one, only load the allocator.
-constexpr int kMaxBuiltInCases = 2;
-constexpr int kLargestCase = 5;
-
 struct Intercepted {};
 [[noreturn]] void throwIntercepted(kesh::FatalStream, const std::string&) { throw Intercepted{}; }
 
@@ -50,8 +46,9 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   hooks.readData = [](kesh::settings::DataRole role, const char* path) {
     return std::vector<uint8_t>(std::string(path).size() % 7, static_cast<uint8_t>(role));
   };
+  // Built-in cases are copied whole: more than two, or the 8 MB case 5, only load the allocator.
   hooks.optionApplied = [](int code, const char* argument) {
-    if (code == 't' && (++builtInCases > kMaxBuiltInCases || std::atoi(argument) == kLargestCase)) throw Intercepted{};
+    if (code == 't' && (++builtInCases > 2 || std::atoi(argument) == 5)) throw Intercepted{};
   };
   // Every --command file is the input's own command lines, each line on its own.
   hooks.readCommandFile = [](const char* programName, const char*) {

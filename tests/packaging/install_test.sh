@@ -45,13 +45,10 @@ run_player() {
 }
 
 run_manpages() {
-  local pages page rendered option section
-  pages=$(find "$prefix/share/man" -type f -name 'kesh*.[17].gz' | sort)
-  for page in kesh_pattern.7 $(cd "$prefix/bin" && ls kesh* | sed 's/$/.1/'); do
-    grep -q "/$page.gz\$" <<<"$pages" || fail "$page is not installed (compressed)"
-  done
-  for page in $pages; do
-    [ -z "$(zcat "$page" | groff -t -man -Tutf8 -ww -z 2>&1)" ] || fail "$page renders with warnings"
+  local page rendered option section
+  for page in man7/kesh_pattern.7 $(cd "$prefix/bin" && ls kesh* | sed 's|^|man1/|; s/$/.1/'); do
+    [ -f "$prefix/share/man/$page.gz" ] || fail "$page is not installed (compressed)"
+    [ -z "$(zcat "$prefix/share/man/$page.gz" | groff -t -man -Tutf8 -ww -z 2>&1)" ] || fail "$page renders with warnings"
   done
   rendered=$(MANWIDTH=200 man -l "$prefix/share/man/man1/kesh_player.1.gz" 2>/dev/null | col -b)
   for section in OPTIONS "COMMAND FILES" GROUPING "EXIT STATUS" EXAMPLES; do

@@ -8,6 +8,7 @@ those sections whose first argument is quoted: bold parts are literal, italic pa
 Usage: manual_test.py PAGE KESH_PLAYER KESH_PATTERN_ASM [--no-fault-injection]
 """
 import os
+import pathlib
 import re
 import shlex
 import subprocess
@@ -38,35 +39,25 @@ SCENARIOS = [
 ]
 
 
+ESCAPES = {"\\-": "-", "\\&": "", "\\e": "\\", "\\c": "", "\\(lq": '"', "\\(rq": '"'}
+
+
 def unescape(text):
-    for escape, plain in (("\\-", "-"), ("\\&", ""), ("\\e", "\\"), ("\\c", ""), ("\\(lq", '"'), ("\\(rq", '"')):
-        text = text.replace(escape, plain)
-    return text
+    return re.sub(r"\\(-|&|e|c|\(lq|\(rq)", lambda escape: ESCAPES[escape.group(0)], text)
 
 
 def sections(page):
     """Section name -> its source lines."""
-    result, name = {}, None
-    for line in page.splitlines():
-        if line.startswith(".SH "):
-            name = unescape(line[4:].strip().strip('"'))
-            result[name] = []
-        elif name is not None:
-            result[name].append(line)
-    return result
+    parts = re.split(r"^\.SH (.*)$", page, flags=re.M)
+    return {unescape(name.strip().strip('"')): body.splitlines() for name, body in zip(parts[1::2], parts[2::2])}
 
 
 def forms(lines, default_stream):
     """(pattern, text, stream) of each line form; an item that says "on standard output" puts its forms there."""
-    items = [[]]
-    for line in lines:
-        if line in (".TP", ".PP") and items[-1]:
-            items.append([])
-        items[-1].append(line)
     result = []
-    for item in items:
-        stream = "stdout" if "on standard output" in " ".join(item) else default_stream
-        for macro, _, rest in (line.partition(" ") for line in item):
+    for item in re.split(r"^\.(?:TP|PP)$", "\n".join(lines), flags=re.M):
+        stream = "stdout" if "on standard output" in item.replace("\n", " ") else default_stream
+        for macro, _, rest in (line.partition(" ") for line in item.splitlines()):
             if macro in (".B", ".BI") and rest.startswith('"'):
                 args = [unescape(arg) for arg in shlex.split(rest.replace("\\", "\\\\"))]
                 pattern = "".join(re.escape(a) if macro == ".B" or i % 2 == 0 else ".*" for i, a in enumerate(args))
@@ -77,8 +68,7 @@ def forms(lines, default_stream):
 def main():
     page_path, player, assembler = sys.argv[1:4]
     fault_injection = "--no-fault-injection" not in sys.argv
-    with open(page_path, encoding="utf-8") as page:
-        parts = sections(page.read())
+    parts = sections(pathlib.Path(page_path).read_text(encoding="utf-8"))
     failures = []
     usage = parts["USAGE TEXT"]
     expected = "".join(unescape(line) + "\n" for line in usage[usage.index(".EX") + 1:usage.index(".EE")])
@@ -88,20 +78,18 @@ def main():
                                                                           done.stderr))
     all_forms = forms(parts["OUTPUT"], "stdout") + forms(parts["DIAGNOSTICS"], "stderr")
     seen = set()
+    env = {key: value for key, value in os.environ.items() if key != "KESH_EMU_FAIL"}
     with tempfile.TemporaryDirectory() as work:
-        for name, data in (("add10.kasm", ADD10.encode()), ("in.bin", b"A" * 16), ("out.bin", b"K" * 15 + b"L")):
-            with open(os.path.join(work, name), "wb") as out:
-                out.write(data)
+        for name, data in (("add10.kasm", ADD10), ("in.bin", "A" * 16), ("out.bin", "K" * 15 + "L")):
+            pathlib.Path(work, name).write_text(data)
         subprocess.run([assembler, "assemble", "add10.kasm", "-o", "add10.bin"], cwd=work, check=True)
         for name, args, command_file, failing, expected_status in SCENARIOS:
             if failing and not fault_injection:
                 continue
             if command_file is not None:
-                with open(os.path.join(work, "sets.txt"), "w") as sets:
-                    sets.write(command_file)
-            env = {key: value for key, value in os.environ.items() if key != "KESH_EMU_FAIL"}
-            env.update({"KESH_EMU_FAIL": failing} if failing else {})
-            done = subprocess.run([player] + args, cwd=work, env=env, capture_output=True, text=True, timeout=300)
+                pathlib.Path(work, "sets.txt").write_text(command_file)
+            done = subprocess.run([player] + args, cwd=work, env=dict(env, KESH_EMU_FAIL=failing) if failing else env,
+                                  capture_output=True, text=True, timeout=300)
             if done.returncode != expected_status:
                 failures.append("%s: status %d, not %d\n%s%s" % (name, done.returncode, expected_status,
                                                                   done.stdout, done.stderr))

@@ -56,23 +56,20 @@ INSTANTIATE_TEST_SUITE_P(BuiltInCases, RunBuiltInCaseTest, ::testing::Range(0, 6
 // the file.
 TEST(RunCommandTest, RefusesInputsThatBindToNothingOrDoNotFit) {
   const kesh::testing::TempDir scratch;
-  const fs::path dir = scratch.path();
   const std::string pattern = std::string(KESH_DEFAULT_CASES_DIR) + "/case4_pattern.bin";
-  scratch.write("GI_65540.bin", std::string(1 << 20, 'x'));
-  scratch.write("unrelated.bin", "x");
+  const std::string big = scratch.write("GI_65540.bin", std::string(1 << 20, 'x'));
+  const std::string unrelated = scratch.write("unrelated.bin", "x"), none = scratch.path() + "/none.bin";
   const struct {
     std::vector<std::string> args;
     std::string error;
   } cases[] = {
       {{"run"}, "kesh_pattern_asm: missing pattern file (see --help)\n"},
       {{"run", pattern, "-x"}, "kesh_pattern_asm: unknown option -x (see --help)\n"},
-      {{"run", (dir / "none.bin").string()}, (dir / "none.bin").string() + ": cannot read file\n"},
-      {{"run", (dir / "unrelated.bin").string()},
-       (dir / "unrelated.bin").string() + ": the pattern library refuses this pattern\n"},
-      {{"run", pattern, "-i", (dir / "unrelated.bin").string()},
-       (dir / "unrelated.bin").string() + ": names no argument of " + pattern + " (it binds to \"unrelated\")\n"},
-      {{"run", pattern, "-i", (dir / "GI_65540.bin").string()},
-       (dir / "GI_65540.bin").string() + ": 1048576 bytes, more than the "},
+      {{"run", none}, none + ": cannot read file\n"},
+      {{"run", unrelated}, unrelated + ": the pattern library refuses this pattern\n"},
+      {{"run", pattern, "-i", unrelated},
+       unrelated + ": names no argument of " + pattern + " (it binds to \"unrelated\")\n"},
+      {{"run", pattern, "-i", big}, big + ": 1048576 bytes, more than the "},
   };
   for (const auto &c : cases) {
     std::ostringstream err;

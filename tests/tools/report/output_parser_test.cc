@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -64,95 +65,59 @@ Results parse(const Plan& plan, const std::string& out, size_t chunk = 0) {
   return parser.results();
 }
 
-std::string unknownLines(const Results& results) {
-  std::string all;
-  for (const UnknownLine& line : results.unknown) all += line.text + "\n";
-  return all;
+// "out@1 failed 20:2:1..19:2": the argument, its pattern's position, the
+// outcome and for a listing its bytes, differing bytes, range and values kept.
+std::string verdictText(const Verdict& verdict) {
+  std::ostringstream text;
+  text << verdict.arg << '@' << verdict.pattern << ' '
+       << (verdict.outcome == Outcome::kPassed ? "passed" : verdict.outcome == Outcome::kFailed ? "failed" : "skipped");
+  const DiffSummary& diff = verdict.diff;
+  if (verdict.hasDiff)
+    text << ' ' << diff.listedBytes << ':' << diff.differing << ':' << diff.firstOffset << ".." << diff.lastOffset
+         << ':' << diff.firstValues.size();
+  return text.str();
 }
 
-TEST(OutputParser, AttributesVerdictsToExecutionsAndPatterns) {
-  const Plan plan = twoSets();
-  const std::string out =
-      std::string("[1/1] Test pattern start...\n") + kGroupA + kGroupB + "[1/1] Test pattern failed!!!\n";
-  const Results results = parse(plan, out);
-  EXPECT_EQ(unknownLines(results), "");
-  ASSERT_EQ(results.runs.size(), 1u);
-  const report::Run& run = results.runs[0];
-  EXPECT_EQ(run.end, RunEnd::kFailed);
-  EXPECT_EQ(run.groupOrder, (std::vector<size_t>{0, 1}));
-  EXPECT_EQ(run.groupStarts, (std::vector<size_t>{0, 1}));
-  ASSERT_EQ(run.executions.size(), 3u);
-  const Execution& first = run.executions[0];
-  ASSERT_EQ(first.verdicts.size(), 3u);
-  // "out" of a.bin passed, "out" of b.bin failed: the same name, told apart by order.
-  EXPECT_EQ(first.verdicts[1].pattern, 0u);
-  EXPECT_EQ(first.verdicts[1].outcome, Outcome::kPassed);
-  EXPECT_EQ(first.verdicts[2].pattern, 1u);
-  EXPECT_EQ(first.verdicts[2].outcome, Outcome::kFailed);
-  EXPECT_EQ(first.times[1].end, 134);
-  EXPECT_EQ(run.executions[1].verdicts.size(), 2u);
-  EXPECT_EQ(run.executions[2].verdicts.size(), 2u);
-  EXPECT_EQ(run.executions[2].times[0].ipMicros, 40);
-  EXPECT_EQ(results.failedVerdicts, 1u);
-}
-
-TEST(OutputParser, ReadsTheSameWhateverTheChunks) {
-  const Plan plan = twoSets();
-  const std::string out = std::string("Test pattern start...\n") + kGroupA + kGroupB + "Test pattern failed!!!";
-  const Results whole = parse(plan, out);
-  for (size_t chunk : {1u, 7u, 64u}) {
-    const Results pieces = parse(plan, out, chunk);
-    ASSERT_EQ(pieces.runs.size(), 1u) << "chunk " << chunk;
-    EXPECT_EQ(pieces.runs[0].end, RunEnd::kFailed) << "chunk " << chunk;
-    EXPECT_EQ(pieces.runs[0].executions[0].verdicts[2].diff.differing, 2u) << "chunk " << chunk;
-    EXPECT_EQ(unknownLines(pieces), "") << "chunk " << chunk;
+// A line per standard error line kept, per unknown line, per run (its number,
+// end, group order and each group's first execution) and per execution (its
+// set, IP time@end timestamp per pattern, verdicts).
+std::string sketch(const Results& results) {
+  std::ostringstream text;
+  for (const std::string& line : results.notices) text << "notice: " << line << '\n';
+  for (const std::string& line : results.fatal) text << "fatal: " << line << '\n';
+  for (const UnknownLine& line : results.unknown)
+    text << (line.onStderr ? "unknown on stderr: " : "unknown: ") << line.text << '\n';
+  for (const report::Run& run : results.runs) {
+    text << "run " << run.number << (run.end == RunEnd::kIncomplete ? " incomplete" : "")
+         << (run.end == RunEnd::kFailed ? " failed" : "") << " groups";
+    for (size_t k = 0; k < run.groupOrder.size(); ++k) text << ' ' << run.groupOrder[k] << '@' << run.groupStarts[k];
+    text << '\n';
+    for (const Execution& execution : run.executions) {
+      text << "  set " << execution.set << (execution.completed ? "" : " unfinished");
+      for (const PatternTimes& times : execution.times) text << ' ' << times.ipMicros << '@' << times.end;
+      for (const Verdict& verdict : execution.verdicts) text << ", " << verdictText(verdict);
+      text << '\n';
+    }
   }
-  EXPECT_EQ(whole.runs[0].executions.size(), 3u);
+  return text.str();
 }
 
-TEST(OutputParser, FindsShuffledGroupsByTheirFirstCommand) {
-  const Plan plan = twoSets();
+// Fed whole or in pieces of any size, the same attribution: "out" of a.bin
+// passed, "out" of b.bin failed, the same name told apart by order; a shuffled
+// run's groups are found by their first command.
+TEST(OutputParser, AttributesVerdictsToExecutionsAndPatterns) {
   const std::string out = std::string("[1/2] Test pattern start...\n") + kGroupA + kGroupB +
-                          "[1/2] Test pattern passed!!!\n[2/2] Test pattern start...\n" + kGroupB + kGroupA +
-                          "[2/2] Test pattern failed!!!\n";
-  const Results results = parse(plan, out);
-  ASSERT_EQ(results.runs.size(), 2u);
-  EXPECT_EQ(results.runs[1].number, 2);
-  EXPECT_EQ(results.runs[1].groupOrder, (std::vector<size_t>{1, 0}));
-  EXPECT_EQ(results.runs[1].groupStarts, (std::vector<size_t>{0, 2}));
-  EXPECT_EQ(results.runs[1].executions[2].verdicts[2].outcome, Outcome::kFailed);
-  EXPECT_EQ(results.runs[1].executions[2].verdicts[2].pattern, 1u);
-}
-
-struct ListingRow {
-  const char* label;
-  std::string listing;  // from the line after "Diff:" to the verdict's line end
-  uint64_t listed, differing, first, last;
-  size_t valuesKept;
-};
-
-class DiffListing : public ::testing::TestWithParam<ListingRow> {};
-
-TEST_P(DiffListing, IsSummarised) {
-  const ListingRow& row = GetParam();
-  Plan plan;
-  plan.sets = {{"<command line>", " -f a.bin", {{"a.bin", {{"out", 64, ""}}, true}}}};
-  plan.groups = {{0}};
-  const Results results = parse(plan,
-                                "Test pattern start...\nRunning command:  -f a.bin\n"
-                                "Execution info of command:  -f a.bin\n"
-                                "Result does not match golden data.\nDiff:\n" +
-                                    row.listing);
-  EXPECT_EQ(unknownLines(results), "");
-  ASSERT_EQ(results.runs.at(0).executions.at(0).verdicts.size(), 1u);
-  const Verdict& verdict = results.runs[0].executions[0].verdicts[0];
-  EXPECT_EQ(verdict.outcome, Outcome::kFailed);
-  EXPECT_EQ(verdict.arg, "out");
-  EXPECT_EQ(verdict.diff.listedBytes, row.listed);
-  EXPECT_EQ(verdict.diff.differing, row.differing);
-  EXPECT_EQ(verdict.diff.firstOffset, row.first);
-  EXPECT_EQ(verdict.diff.lastOffset, row.last);
-  EXPECT_EQ(verdict.diff.firstValues.size(), row.valuesKept);
+                          "[1/2] Test pattern failed!!!\n[2/2] Test pattern start...\n" + kGroupB + kGroupA +
+                          "[2/2] Test pattern failed!!!";
+  const std::string groupA = "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n";
+  const std::string groupB = "  set 1 30@-1, in@0 skipped, out@0 passed\n  set 1 40@-1, in@0 skipped, out@0 passed\n";
+  for (size_t chunk : {0u, 1u, 7u, 64u}) {
+    const Results results = parse(twoSets(), out, chunk);
+    EXPECT_EQ(sketch(results),
+              "run 1 failed groups 0@0 1@1\n" + groupA + groupB + "run 2 failed groups 1@0 0@2\n" + groupB + groupA)
+        << "chunk " << chunk;
+    EXPECT_EQ(results.failedVerdicts, 2u);
+  }
 }
 
 std::string sixteen(const char* value) {
@@ -161,15 +126,26 @@ std::string sixteen(const char* value) {
   return line + "\n";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, DiffListing,
-    ::testing::Values(ListingRow{"WholeLinesThenVerdictLine",
-                                 sixteen("0") + sixteen("ff") + "Test failed for argument out\n", 32, 16, 16, 31, 8},
-                      ListingRow{"ShortLastLineCarriesVerdict",
-                                 "0 1 0 0  0 0 0 0  0 0 0 0  0 0 0 0 \n0 0 0 80 Test failed for argument out\n", 20, 2,
-                                 1, 19, 2},
-                      ListingRow{"SingleByte", "7 Test failed for argument out\n", 1, 1, 0, 0, 1}),
-    [](const ::testing::TestParamInfo<ListingRow>& rowInfo) { return std::string(rowInfo.param.label); });
+// A listing, from the line after "Diff:" to the verdict that ends its last line, boiled down.
+TEST(OutputParser, SummarisesDiffListings) {
+  const struct {
+    std::string listing, verdict;
+  } kRows[] = {
+      {sixteen("0") + sixteen("ff") + "Test failed for argument out\n", "out@0 failed 32:16:16..31:8"},
+      {"0 1 0 0  0 0 0 0  0 0 0 0  0 0 0 0 \n0 0 0 80 Test failed for argument out\n", "out@0 failed 20:2:1..19:2"},
+      {"7 Test failed for argument out\n", "out@0 failed 1:1:0..0:1"},
+  };
+  Plan plan;
+  plan.sets = {{"<command line>", " -f a.bin", {{"a.bin", {{"out", 64, ""}}, true}}}};
+  plan.groups = {{0}};
+  for (const auto& row : kRows) {
+    const Results results = parse(plan,
+                                  "Test pattern start...\nRunning command:  -f a.bin\n"
+                                  "Execution info of command:  -f a.bin\nResult does not match golden data.\nDiff:\n" +
+                                      row.listing);
+    EXPECT_EQ(sketch(results), "run 1 incomplete groups 0@0\n  set 0 -1@-1, " + row.verdict + "\n") << row.listing;
+  }
+}
 
 TEST(OutputParser, SortsStandardErrorAndFlagsUnknownLines) {
   const Plan plan = twoSets();
@@ -180,13 +156,9 @@ TEST(OutputParser, SortsStandardErrorAndFlagsUnknownLines) {
   const std::string out = "Pattern binary: a.bin\nTest default case: 7\nnot a line of the tool\n";
   parser.feedStdout(out.data(), out.size());
   parser.finish(1, 0);
-  const Results& results = parser.results();
-  EXPECT_EQ(results.notices,
-            (std::vector<std::string>{"Pattern argument in not set", "Failed to add pattern to graph"}));
-  EXPECT_EQ(results.fatal, (std::vector<std::string>{"Failed to play pattern"}));
-  ASSERT_EQ(results.unknown.size(), 2u);
-  EXPECT_TRUE(results.unknown[0].onStderr);
-  EXPECT_EQ(results.unknown[1].text, "not a line of the tool");
+  EXPECT_EQ(sketch(parser.results()),
+            "notice: Pattern argument in not set\nnotice: Failed to add pattern to graph\n"
+            "fatal: Failed to play pattern\nunknown on stderr: something else\nunknown: not a line of the tool\n");
 }
 
 TEST(OutputParser, ReadsAMergedLogCutOffByACrash) {
@@ -195,13 +167,11 @@ TEST(OutputParser, ReadsAMergedLogCutOffByACrash) {
   const std::string log = std::string("Test pattern start...\n") + kGroupA + "Running command:  -f a.bin -l 2\n";
   parser.feedLog(log.data(), log.size());
   parser.finish(139, 11);
-  const Results& results = parser.results();
-  EXPECT_EQ(unknownLines(results), "");
-  ASSERT_EQ(results.runs.size(), 1u);
-  EXPECT_EQ(results.runs[0].end, RunEnd::kIncomplete);
-  ASSERT_EQ(results.runs[0].executions.size(), 2u);
-  EXPECT_FALSE(results.runs[0].executions[1].completed);
-  EXPECT_EQ(results.signal, 11);
+  EXPECT_EQ(sketch(parser.results()),
+            "run 1 incomplete groups 0@0 1@1\n"
+            "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n"
+            "  set 1 unfinished -1@-1\n");
+  EXPECT_EQ(parser.results().signal, 11);
 }
 
 }  // namespace
