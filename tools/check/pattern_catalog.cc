@@ -1,7 +1,6 @@
 #include "check/pattern_catalog.h"
 
 #include <fstream>
-#include <iterator>
 #include <utility>
 
 #include "check/tool_stop.h"
@@ -10,9 +9,15 @@ namespace kesh::check {
 
 namespace {
 
+// The file's bytes; what cannot be read (a directory, say) reads as empty, which no
+// pattern is. The stream's own read turns a failing read into a state, where
+// iterating over its buffer would throw.
 std::vector<uint8_t> wholeFile(const std::string& path) {
   std::ifstream file(path, std::ios::in | std::ios::binary);
-  return std::vector<uint8_t>(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  std::vector<uint8_t> bytes;
+  char chunk[1 << 16];
+  while (file.read(chunk, sizeof chunk) || file.gcount() > 0) bytes.insert(bytes.end(), chunk, chunk + file.gcount());
+  return bytes;
 }
 
 }  // namespace
