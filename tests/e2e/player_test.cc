@@ -25,12 +25,15 @@ std::string maskNumbers(std::string text, const std::string& first, const std::s
   return text;
 }
 
-// `text` without the lines that start with `prefix`.
-std::string withoutLinesFrom(const std::string& text, const std::string& prefix) {
-  std::istringstream stream(text);
+// The tool's own lines of standard error: without an emulator's line naming the
+// signal that killed the program, and without a sanitizer's report of it.
+std::string toolLinesOf(const std::string& err) {
+  std::istringstream stream(err);
   std::string kept;
   for (std::string line; std::getline(stream, line);) {
-    if (line.rfind(prefix, 0) != 0) kept += line + "\n";
+    const bool reportStarts = line.rfind("==", 0) == 0 || line.find("Sanitizer") != std::string::npos;
+    if (kSanitized && reportStarts) break;
+    if (kLauncher[0] == nullptr || line.rfind("qemu: ", 0) != 0) kept += line + "\n";
   }
   return kept;
 }
@@ -92,9 +95,7 @@ PlayerRun PlayerTest::run(const std::vector<std::string>& args, const std::strin
   if (!failing.empty()) task.env.emplace_back("KESH_EMU_FAIL", failing);
   std::remove((dir_ + "/trace.log").c_str());
   const ChildResult child = runChild(task);
-  // An emulator names the signal that killed the program in a line of its own.
-  const std::string toolErr = kLauncher[0] == nullptr ? child.err : withoutLinesFrom(child.err, "qemu: ");
-  EXPECT_EQ(linesOutsideGrammar(args, dir_, child.out, toolErr, child.status, child.signal), "");
+  EXPECT_EQ(linesOutsideGrammar(args, dir_, child.out, toolLinesOf(child.err), child.status, child.signal), "");
   return {child.signal != 0 ? 128 + child.signal : child.status, maskNumbers(child.out, " of sub-command ", ": "),
           child.err, numberHandlesPerKind(maskNumbers(readFile(dir_ + "/trace.log"), "kind=", "value="))};
 }
