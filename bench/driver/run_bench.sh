@@ -3,25 +3,22 @@
 # against a baseline measured in the same run.
 # Usage: bench/driver/run_bench.sh [BUILD_DIR]   (an optimised build; default build/default)
 set -euo pipefail
-bin=${1:-build/default}/bin
-player=$bin/kesh_player
+bin=${1:-build/default}/bin && player=${1:-build/default}/bin/kesh_player
 for needed in "$player" "$bin/kesh_driver_bench" "$bin/kesh_pattern_asm"; do
   [ -x "$needed" ] || { echo "missing $needed: build the tree first" >&2; exit 2; }; done
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+work=$(mktemp -d) && trap 'rm -rf "$work"' EXIT
 # assemble NAME TEXT: the pattern of TEXT as $work/NAME.bin.
 assemble() { echo "$2" >"$work/$1.kasm" && "$bin/kesh_pattern_asm" assemble "$work/$1.kasm" -o "$work/$1.bin"; }
 
-# median_pair_us A B: the median wall-clock times, in microseconds, of the
-# commands A and B (split at spaces; output dropped), run alternately so that
-# both see the same load on a shared machine; stored in $first and $second.
+# median_pair_us A B: medians of 31 alternate wall-clock runs (us) of commands A and B (split at
+# spaces, output dropped), so that both see the same load; stored in $first and $second.
 median_pair_us() {
   local a=() b=() start
-  for _ in $(seq 15); do
+  for _ in $(seq 31); do
     start=$(date +%s%N) && { $1 >/dev/null 2>&1 || true; } && a+=($((($(date +%s%N) - start) / 1000)))
     start=$(date +%s%N) && { $2 >/dev/null 2>&1 || true; } && b+=($((($(date +%s%N) - start) / 1000)))
   done
-  first=$(printf '%s\n' "${a[@]}" | sort -n | sed -n 8p) second=$(printf '%s\n' "${b[@]}" | sort -n | sed -n 8p)
+  first=$(printf '%s\n' "${a[@]}" | sort -n | sed -n 16p) second=$(printf '%s\n' "${b[@]}" | sort -n | sed -n 16p)
 }
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { if (b > 0) printf "%.2f", a / b; else print "n/a" }'; }
 # Median real time of a benchmark, in nanoseconds.
