@@ -1,6 +1,5 @@
-// Cost of the golden comparison against its lower bounds, in the same run: an
-// equal compare against memcmp, and the listing of a fully differing buffer
-// against one fwrite of the same text to the same file.
+// Cost of the golden comparison against its lower bounds, in the same run: an equal compare
+// against memcmp, a fully differing buffer's listing against one fwrite of the same text.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>

@@ -3,25 +3,22 @@
 # against a baseline measured in the same run.
 # Usage: bench/driver/run_bench.sh [BUILD_DIR]   (an optimised build; default build/default)
 set -euo pipefail
-bin=${1:-build/default}/bin
-player=$bin/kesh_player
+bin=${1:-build/default}/bin && player=${1:-build/default}/bin/kesh_player
 for needed in "$player" "$bin/kesh_driver_bench" "$bin/kesh_pattern_asm"; do
-  [ -x "$needed" ] || { echo "missing $needed: build the tree first" >&2; exit 2; }
-done
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+  [ -x "$needed" ] || { echo "missing $needed: build the tree first" >&2; exit 2; }; done
+work=$(mktemp -d) && trap 'rm -rf "$work"' EXIT
 # assemble NAME TEXT: the pattern of TEXT as $work/NAME.bin.
 assemble() { echo "$2" >"$work/$1.kasm" && "$bin/kesh_pattern_asm" assemble "$work/$1.kasm" -o "$work/$1.bin"; }
 
-# Best of five wall-clock times of a command, in milliseconds; its output is dropped.
-best_ms() {
-  local best=999999999 start ms
-  for _ in 1 2 3 4 5; do
-    start=$(date +%s%N)
-    "$@" >/dev/null 2>&1 || true
-    ms=$((($(date +%s%N) - start) / 1000000)) && ((ms < best)) && best=$ms
+# median_pair_us A B: medians of 31 alternate wall-clock runs (us) of commands A and B (split at
+# spaces, output dropped), so that both see the same load; stored in $first and $second.
+median_pair_us() {
+  local a=() b=() start
+  for _ in $(seq 31); do
+    start=$(date +%s%N) && { $1 >/dev/null 2>&1 || true; } && a+=($((($(date +%s%N) - start) / 1000)))
+    start=$(date +%s%N) && { $2 >/dev/null 2>&1 || true; } && b+=($((($(date +%s%N) - start) / 1000)))
   done
-  echo "$best"
+  first=$(printf '%s\n' "${a[@]}" | sort -n | sed -n 16p) second=$(printf '%s\n' "${b[@]}" | sort -n | sed -n 16p)
 }
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { if (b > 0) printf "%.2f", a / b; else print "n/a" }'; }
 # Median real time of a benchmark, in nanoseconds.
@@ -40,19 +37,17 @@ size=$((2 * 1024 * 1024))
 assemble copy "arg in index=0 size=$size
 arg out index=1 size=$size
 copy dst=arg:out src=arg:in length=$size"
-head -c "$size" /dev/urandom >"$work/in.bin"
-cp "$work/in.bin" "$work/out.bin"
-compare=(-f "$work/copy.bin" -i "$work/in.bin" -o "$work/out.bin")
-"$player" "${compare[@]}" >/dev/null || { echo "the 2 MB copy did not pass" >&2; exit 1; }
-tool=$(best_ms "$player" "${compare[@]}") plain=$(best_ms cmp "$work/in.bin" "$work/out.bin")
-echo "two equal 2 MB files, whole processes, kesh_player / cmp: $(ratio "$tool" "$plain") (target <= 2)"
+head -c "$size" /dev/urandom | tee "$work/in.bin" >"$work/out.bin"
+compare="$player -f $work/copy.bin -i $work/in.bin -o $work/out.bin" plain="cmp $work/in.bin $work/out.bin"
+$compare >/dev/null || { echo "the 2 MB copy did not pass" >&2; exit 1; }
+median_pair_us "$compare" "$plain"
+echo "two equal 2 MB files, whole processes, kesh_player / cmp: $(ratio "$first" "$second") (target <= 2)"
 # Minor page faults: fresh buffers show up here long before they show in times.
 faults() { /usr/bin/time -f %R "$@" 2>&1 >/dev/null | tail -1; }
-[ ! -x /usr/bin/time ] ||
-  echo "page faults: kesh_player $(faults "$player" "${compare[@]}"), cmp $(faults cmp "$work/in.bin" "$work/out.bin")"
+[ ! -x /usr/bin/time ] || echo "page faults: kesh_player $(faults $compare), cmp $(faults $plain)"
 
-full=$(best_ms "$player" -t 5) parse=$(best_ms "$player" -t 5 -l 0)
-echo "kesh_player -t 5, whole run / settings only (-l 0): $(ratio "$full" "$parse") ($full ms vs $parse ms)"
+median_pair_us "$player -t 5" "$player -t 5 -l 0"
+echo "kesh_player -t 5, whole run / settings only (-l 0): $(ratio "$first" "$second") ($first us vs $second us)"
 
 # 63 compute-heavy jobs: one group against 63 groups in turn. Zero operands give a zero golden.
 assemble matmul "arg a index=0 size=36864
@@ -64,5 +59,5 @@ job="-f $work/matmul.bin -i $work/a.bin -i $work/b.bin -o $work/c.bin"
 echo "$job -l 63" >"$work/one_group.txt"
 for _ in $(seq 63); do echo "$job"; done >"$work/groups.txt"
 "$player" --command "$work/one_group.txt" >/dev/null || { echo "the 63-job group did not pass" >&2; exit 1; }
-together=$(best_ms "$player" --command "$work/one_group.txt") apart=$(best_ms "$player" --command "$work/groups.txt")
-echo "63 jobs, speed-up of one group: $(ratio "$apart" "$together") (library cores: ${KESH_EMU_CORES:-$(nproc)})"
+median_pair_us "$player --command $work/groups.txt" "$player --command $work/one_group.txt"
+echo "63 jobs, speed-up of one group: $(ratio "$first" "$second") (library cores: ${KESH_EMU_CORES:-$(nproc)})"

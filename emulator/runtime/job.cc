@@ -23,30 +23,38 @@ void Job::runTask(const std::shared_ptr<void>& job, size_t node) {
 }
 
 void Job::start(CorePool& pool) {
-  std::lock_guard<std::mutex> lock(mutex_);
   pool_ = &pool;
   player_->unfinishedJobs.fetch_add(1);
-  if (plan_->steps.empty()) {
-    completeLocked();
-    return;
-  }
-  dispatchLocked(0);
+  std::unique_lock<std::mutex> lock(mutex_);
+  if (plan_->steps.empty()) return complete(lock);
+  beginStepLocked(0);
+  lock.unlock();
+  submitStep(0);
 }
 
-void Job::dispatchLocked(size_t step) {
+void Job::beginStepLocked(size_t step) {
   step_ = step;
-  pending_ = 0;
+  pending_ = plan_->steps[step].size();
+}
+
+// Outside the job's lock: a core that finishes a node at once then never waits
+// for the submitter to let go of it.
+void Job::submitStep(size_t step) {
   std::shared_ptr<void> self = shared_from_this();
   for (size_t node : plan_->steps[step]) {
     const NodeRun& run = plan_->nodes[node];
     try {
       pool_->submit(CoreTask{run.boost, run.core, &Job::runTask, self, node});
-      ++pending_;
     } catch (...) {
-      nodeFailed_ = true;  // the node never runs; the job fails once the others end
+      nodeNeverRan();
     }
   }
-  if (pending_ == 0) completeLocked();
+}
+
+void Job::nodeNeverRan() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  nodeFailed_ = true;  // the job fails once the step's other nodes end
+  if (--pending_ == 0) complete(lock);
 }
 
 void Job::runNode(size_t node) {
@@ -88,7 +96,7 @@ void Job::runNode(size_t node) {
 }
 
 void Job::nodeFinished(size_t node, const NodeTiming& timing, int64_t startNs, int64_t endNs, bool ok) {
-  std::lock_guard<std::mutex> lock(mutex_);
+  std::unique_lock<std::mutex> lock(mutex_);
   timings_[node] = timing;
   if (firstStartNs_ == 0 || startNs < firstStartNs_) firstStartNs_ = startNs;
   lastEndNs_ = std::max(lastEndNs_, endNs);
@@ -96,19 +104,22 @@ void Job::nodeFinished(size_t node, const NodeTiming& timing, int64_t startNs, i
   int64_t runUs = toMicros(lastEndNs_ - firstStartNs_);
   if (limits_.hardUs > 0 && runUs > limits_.hardUs) hardExceeded_ = true;
   if (--pending_ != 0) return;
-  if (nodeFailed_ || hardExceeded_ || step_ + 1 == plan_->steps.size()) {
-    completeLocked();
-  } else {
-    dispatchLocked(step_ + 1);
-  }
+  if (nodeFailed_ || hardExceeded_ || step_ + 1 == plan_->steps.size()) return complete(lock);
+  const size_t next = step_ + 1;
+  beginStepLocked(next);
+  lock.unlock();
+  submitStep(next);
 }
 
-void Job::completeLocked() {
+void Job::complete(std::unique_lock<std::mutex>& lock) {
   int64_t runUs = toMicros(lastEndNs_ - firstStartNs_);
   softExceeded_ = limits_.softUs > 0 && runUs > limits_.softUs;
   // Before done_: a caller that sees the job done may destroy its player at once.
   player_->unfinishedJobs.fetch_sub(1);
   done_.store(true, std::memory_order_release);
+  // Woken after the lock is free, a waiter never sleeps again on it. The job
+  // outlives this: whoever completes it holds a reference.
+  lock.unlock();
   doneCv_.notify_all();
 }
 

@@ -62,10 +62,12 @@ class Job : public std::enable_shared_from_this<Job> {
   static constexpr size_t kInlineNodes = 4;
 
   static void runTask(const std::shared_ptr<void>& job, size_t node);
-  void dispatchLocked(size_t step);
+  void beginStepLocked(size_t step);
+  void submitStep(size_t step);
+  void nodeNeverRan();
   void runNode(size_t node);
   void nodeFinished(size_t node, const NodeTiming& timing, int64_t startNs, int64_t endNs, bool ok);
-  void completeLocked();
+  void complete(std::unique_lock<std::mutex>& lock);
 
   const std::shared_ptr<Player> player_;
   const std::shared_ptr<const JobPlan> plan_;

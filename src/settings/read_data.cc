@@ -21,6 +21,10 @@ constexpr std::size_t kTailChunk = 64 * 1024;
 // huge pages; below it a huge page rarely fits and plain reads cost the same.
 constexpr int32_t kMapAtLeast = 4 << 20;
 
+// From this size on a buffer's pages are mapped in one go before it is filled;
+// below it the buffer comes from the heap, mostly from pages already mapped.
+constexpr int32_t kPrepareAtLeast = 256 << 10;
+
 // Closes the descriptor when the reading ends, however it ends.
 class Descriptor {
  public:
@@ -45,18 +49,26 @@ int32_t reportedSize(int fd) {
   return static_cast<int32_t>(static_cast<uint32_t>(end));
 }
 
-// Asks for huge pages behind the aligned middle of `bytes`' storage: filling
-// a large fresh buffer costs mostly page faults, and a 2 MB page takes one
-// where 4 KB pages take 512. A hint only; nothing changes where it is refused.
-void preferHugePages(std::vector<uint8_t>& bytes) {
-#ifdef MADV_HUGEPAGE
-  constexpr uintptr_t kHugePage = uintptr_t{2} << 20;
+// Gives `advice` for the whole `unit`-aligned units inside [start, end).
+void adviseWholeUnits(uintptr_t start, uintptr_t end, uintptr_t unit, int advice) {
+  const uintptr_t first = (start + unit - 1) & ~(unit - 1);
+  const uintptr_t last = end & ~(unit - 1);
+  if (last > first) ::madvise(reinterpret_cast<void*>(first), last - first, advice);
+}
+
+// Prepares the fresh storage of `bytes` for one fill: huge pages behind its
+// aligned middle, and every page of it mapped in one call. Filling a large
+// fresh buffer costs mostly page faults: a 2 MB page takes one where 4 KB
+// pages take 512, and mapping a range at once skips a fault per page. Hints
+// only; nothing changes where they are refused.
+void prepareFreshStorage(std::vector<uint8_t>& bytes) {
   const auto start = reinterpret_cast<uintptr_t>(bytes.data());
-  const uintptr_t first = (start + kHugePage - 1) & ~(kHugePage - 1);
-  const uintptr_t last = (start + bytes.capacity()) & ~(kHugePage - 1);
-  if (last > first) ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
-#else
-  (void)bytes;
+  const uintptr_t end = start + bytes.capacity();
+#ifdef MADV_HUGEPAGE
+  adviseWholeUnits(start, end, uintptr_t{2} << 20, MADV_HUGEPAGE);
+#endif
+#ifdef MADV_POPULATE_WRITE
+  adviseWholeUnits(start, end, static_cast<uintptr_t>(::sysconf(_SC_PAGESIZE)), MADV_POPULATE_WRITE);
 #endif
 }
 
@@ -71,7 +83,7 @@ std::vector<uint8_t> copyMapped(int fd, std::size_t size) {
   const auto* first = static_cast<const uint8_t*>(mapped);
   std::vector<uint8_t> bytes;
   bytes.reserve(size);
-  preferHugePages(bytes);
+  prepareFreshStorage(bytes);
   bytes.assign(first, first + size);
   ::munmap(mapped, size);
   ::lseek(fd, static_cast<off_t>(size), SEEK_SET);
@@ -105,7 +117,10 @@ std::vector<uint8_t> TesterSetting::TestCommand::readData(const char* path) {
   if (size < 0) std::abort();
   std::vector<uint8_t> bytes;
   if (size >= kMapAtLeast) bytes = copyMapped(file.get(), static_cast<std::size_t>(size));
-  if (bytes.empty() && size != 0) bytes.reserve(static_cast<std::size_t>(size));
+  if (bytes.empty() && size != 0) {
+    bytes.reserve(static_cast<std::size_t>(size));
+    if (size >= kPrepareAtLeast) prepareFreshStorage(bytes);
+  }
   readToEnd(file.get(), bytes);
   return bytes;
 }

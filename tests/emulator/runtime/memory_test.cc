@@ -92,9 +92,11 @@ struct OverrunRow {
   const char* name;
   bool write;     ///< copies an input in (else reads a golden's length back)
   size_t excess;  ///< bytes past the argument's size; 0 means one page
+  uint32_t size;  ///< the argument's size: never a multiple of a page, small or huge
 };
 
-constexpr uint32_t kArgSize = 11235;  // not a multiple of any page size
+constexpr uint32_t kArgSize = 11235;                     // not a multiple of any page size
+constexpr uint32_t kLargeArgSize = (2u << 20) + kArgSize;  // placed on huge pages
 
 void reportFault(int, siginfo_t* info, void*) {
   const uintptr_t address = reinterpret_cast<uintptr_t>(info->si_addr);
@@ -108,11 +110,11 @@ int overrun(const OverrunRow& row, size_t excess) {
   action.sa_sigaction = reportFault;
   action.sa_flags = SA_SIGINFO;
   sigaction(SIGSEGV, &action, nullptr);
-  _kesh_mem* mem = keshCreateMem(keshCreatePlayer("KESH pattern tester"), kArgSize, "in");
+  _kesh_mem* mem = keshCreateMem(keshCreatePlayer("KESH pattern tester"), row.size, "in");
   auto* addr = static_cast<uint8_t*>(keshMapMem(mem));
   const uintptr_t mapped = reinterpret_cast<uintptr_t>(addr);
   if (addr == nullptr || write(1, &mapped, sizeof mapped) != sizeof mapped) return 3;
-  std::vector<uint8_t> bytes(kArgSize + excess, 0x6b);
+  std::vector<uint8_t> bytes(row.size + excess, 0x6b);
   if (row.write) {
     std::memmove(addr, bytes.data(), bytes.size());  // as the tool copies an input
     keshFlushMem(mem);
@@ -144,15 +146,17 @@ TEST_P(GuardPageTest, OverrunFaultsInTheGuardPageAfterTheMapping) {
   uintptr_t addresses[2] = {};  // the mapping, then the fault
   ASSERT_EQ(child.out.size(), sizeof addresses) << "status " << child.status << " signal " << child.signal;
   std::memcpy(addresses, child.out.data(), sizeof addresses);
-  const uintptr_t guard = addresses[0] + kArgSize, fault = addresses[1];
+  const uintptr_t guard = addresses[0] + GetParam().size, fault = addresses[1];
   EXPECT_EQ(guard % page, 0u) << "the mapping does not end at a page boundary";
   EXPECT_GE(fault, guard) << "fault " << std::hex << fault << " before the guard page at " << guard;
   EXPECT_LT(fault, guard + page) << "fault " << std::hex << fault << " past the guard page at " << guard;
 }
 
 const OverrunRow kOverruns[] = {
-    {"InputOneByteLonger", true, 1},   {"InputOnePageLonger", true, 0},   {"InputOneMebibyteLonger", true, 1 << 20},
-    {"GoldenOneByteLonger", false, 1}, {"GoldenOnePageLonger", false, 0}, {"GoldenOneMebibyteLonger", false, 1 << 20},
+    {"InputOneByteLonger", true, 1, kArgSize},   {"InputOnePageLonger", true, 0, kArgSize},
+    {"InputOneMebibyteLonger", true, 1 << 20, kArgSize},   {"GoldenOneByteLonger", false, 1, kArgSize},
+    {"GoldenOnePageLonger", false, 0, kArgSize}, {"GoldenOneMebibyteLonger", false, 1 << 20, kArgSize},
+    {"LargeInputOneByteLonger", true, 1, kLargeArgSize}, {"LargeGoldenOneByteLonger", false, 1, kLargeArgSize},
 };
 INSTANTIATE_TEST_SUITE_P(Overruns, GuardPageTest, ::testing::ValuesIn(kOverruns),
                          [](const ::testing::TestParamInfo<OverrunRow>& row) { return std::string(row.param.name); });
