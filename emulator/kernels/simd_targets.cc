@@ -6,6 +6,7 @@
 // state) offers every feature its code is compiled for; the baseline targets
 // always are. The chosen target is kept by Highway's own inline class, so
 // dispatch, and the tests that restrict the targets, behave as before.
+#include <cpuid.h>
 #include <hwy/targets.h>
 
 #include <atomic>
@@ -17,6 +18,13 @@ namespace {
 // The target set a test forced, or 0 for the CPU's own.
 std::atomic<int64_t> targetsForTest{0};
 
+// Bit `bit` of ECX of CPUID leaf `leaf` (subleaf 0): for the features that not
+// every compiler's check names (F16C, VAES).
+bool cpuidEcxBit(unsigned leaf, unsigned bit) {
+  unsigned a = 0, b = 0, c = 0, d = 0;
+  return __get_cpuid_count(leaf, 0, &a, &b, &c, &d) != 0 && ((c >> bit) & 1U) != 0;
+}
+
 bool cpuHasSse4() {
   return __builtin_cpu_supports("ssse3") && __builtin_cpu_supports("sse4.1") && __builtin_cpu_supports("sse4.2") &&
          __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("aes");
@@ -25,7 +33,7 @@ bool cpuHasSse4() {
 bool cpuHasAvx2() {
   return cpuHasSse4() && __builtin_cpu_supports("avx") && __builtin_cpu_supports("avx2") &&
          __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("fma") &&
-         __builtin_cpu_supports("f16c");
+         cpuidEcxBit(1, 29);
 }
 
 bool cpuHasAvx3() {
@@ -36,12 +44,13 @@ bool cpuHasAvx3() {
 // The dot-product kernels of this target also use the AVX-512 VNNI forms.
 bool cpuHasAvx3Dl() {
   return cpuHasAvx3() && __builtin_cpu_supports("vpclmulqdq") && __builtin_cpu_supports("avx512vbmi") &&
-         __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("vaes") &&
-         __builtin_cpu_supports("avxvnni") && __builtin_cpu_supports("avx512vnni") &&
+         __builtin_cpu_supports("avx512vbmi2") && cpuidEcxBit(7, 9) &&
+         __builtin_cpu_supports("gfni") && __builtin_cpu_supports("avx512vnni") &&
          __builtin_cpu_supports("avx512bitalg") && __builtin_cpu_supports("avx512vpopcntdq");
 }
 
 int64_t cpuTargets() {
+  __builtin_cpu_init();  // the library may be asked before the runtime's own constructors ran
   int64_t targets = HWY_EMU128 | HWY_SCALAR;
   if (__builtin_cpu_supports("ssse3")) targets |= HWY_SSSE3;
   if (cpuHasSse4()) targets |= HWY_SSE4;
