@@ -52,6 +52,26 @@ std::string nodeList(uint32_t count, _pattern_node_handle* const* nodes) {
   return list + ']';
 }
 
+// One call of `fn` that destroys the T behind `handle` (named `name` in the trace).
+template <class T, class Handle>
+int destroyHandle(Fn fn, const char* name, Kind kind, Handle* handle) {
+  ApiCall call(fn);
+  call.handle(name, kind, handle);
+  return call.run([&] { return table().take<T>(handle, kind) != nullptr ? kOk : kFailed; });
+}
+
+// One call of `fn` on the T behind `handle` (named `name` in the trace):
+// succeeds when `action` on it does.
+template <class T, class Handle, class Action>
+int onHandle(Fn fn, const char* name, Kind kind, Handle* handle, Action action) {
+  ApiCall call(fn);
+  call.handle(name, kind, handle);
+  return call.run([&] {
+    auto found = table().find<T>(handle, kind);
+    return found != nullptr && action(*found) ? kOk : kFailed;
+  });
+}
+
 }  // namespace
 }  // namespace kesh::runtime
 
@@ -106,9 +126,7 @@ _pattern* keshCreatePattern(_kesh_player* player, const void* binary, uint32_t s
 }
 
 int keshDestroyPattern(_pattern* pattern) {
-  ApiCall call(Fn::keshDestroyPattern);
-  call.handle("pattern", Kind::kPattern, pattern);
-  return call.run([&] { return table().take<Pattern>(pattern, Kind::kPattern) != nullptr ? kOk : kFailed; });
+  return destroyHandle<Pattern>(Fn::keshDestroyPattern, "pattern", Kind::kPattern, pattern);
 }
 
 _pattern_graph* keshCreatePatternGraph(_kesh_player* player, const char* name) {
@@ -125,9 +143,7 @@ _pattern_graph* keshCreatePatternGraph(_kesh_player* player, const char* name) {
 }
 
 int keshDestroyPatternGraph(_pattern_graph* graph) {
-  ApiCall call(Fn::keshDestroyPatternGraph);
-  call.handle("graph", Kind::kGraph, graph);
-  return call.run([&] { return table().take<Graph>(graph, Kind::kGraph) != nullptr ? kOk : kFailed; });
+  return destroyHandle<Graph>(Fn::keshDestroyPatternGraph, "graph", Kind::kGraph, graph);
 }
 
 int keshSetPatternGraphOption(_pattern_graph* graph, pattern_graph_option_type option, int32_t value) {
@@ -176,12 +192,8 @@ int keshSetPatternPack(_pattern_graph* graph, uint32_t count, _pattern_node_hand
 }
 
 int keshBuildPatternGraph(_pattern_graph* graph) {
-  ApiCall call(Fn::keshBuildPatternGraph);
-  call.handle("graph", Kind::kGraph, graph);
-  return call.run([&] {
-    auto found = table().find<Graph>(graph, Kind::kGraph);
-    return found != nullptr && found->build() ? kOk : kFailed;
-  });
+  return onHandle<Graph>(Fn::keshBuildPatternGraph, "graph", Kind::kGraph, graph,
+                         [](Graph& found) { return found.build(); });
 }
 
 int keshDestroyPatternNode(_pattern_node_handle* node) {
@@ -245,36 +257,20 @@ void* keshMapMem(_kesh_mem* mem) {
 }
 
 int keshFlushMem(_kesh_mem* mem) {
-  ApiCall call(Fn::keshFlushMem);
-  call.handle("mem", Kind::kMem, mem);
-  return call.run([&] {
-    auto found = table().find<Memory>(mem, Kind::kMem);
-    return found != nullptr && found->flush() ? kOk : kFailed;
-  });
+  return onHandle<Memory>(Fn::keshFlushMem, "mem", Kind::kMem, mem, [](Memory& found) { return found.flush(); });
 }
 
 int keshInvalidateMem(_kesh_mem* mem) {
-  ApiCall call(Fn::keshInvalidateMem);
-  call.handle("mem", Kind::kMem, mem);
-  return call.run([&] {
-    auto found = table().find<Memory>(mem, Kind::kMem);
-    return found != nullptr && found->invalidate() ? kOk : kFailed;
-  });
+  return onHandle<Memory>(Fn::keshInvalidateMem, "mem", Kind::kMem, mem,
+                          [](Memory& found) { return found.invalidate(); });
 }
 
 int keshUnmapMem(_kesh_mem* mem) {
-  ApiCall call(Fn::keshUnmapMem);
-  call.handle("mem", Kind::kMem, mem);
-  return call.run([&] {
-    auto found = table().find<Memory>(mem, Kind::kMem);
-    return found != nullptr && found->unmap() ? kOk : kFailed;
-  });
+  return onHandle<Memory>(Fn::keshUnmapMem, "mem", Kind::kMem, mem, [](Memory& found) { return found.unmap(); });
 }
 
 int keshDestroyMem(_kesh_mem* mem) {
-  ApiCall call(Fn::keshDestroyMem);
-  call.handle("mem", Kind::kMem, mem);
-  return call.run([&] { return table().take<Memory>(mem, Kind::kMem) != nullptr ? kOk : kFailed; });
+  return destroyHandle<Memory>(Fn::keshDestroyMem, "mem", Kind::kMem, mem);
 }
 
 int keshSetPatternNodeArg(_pattern_node_handle* node, uint32_t index, _kesh_mem* mem, uint32_t size) {
@@ -298,13 +294,9 @@ int keshSetPatternNodeOption(_pattern_node_handle* node, pattern_node_option_typ
 }
 
 int keshUpdatePatternNode(_pattern_node_handle* node) {
-  ApiCall call(Fn::keshUpdatePatternNode);
-  call.handle("node", Kind::kNode, node);
-  return call.run([&] {
-    auto target = table().find<Node>(node, Kind::kNode);
-    if (target == nullptr) return kFailed;
-    target->update();
-    return kOk;
+  return onHandle<Node>(Fn::keshUpdatePatternNode, "node", Kind::kNode, node, [](Node& found) {
+    found.update();
+    return true;
   });
 }
 
