@@ -18,45 +18,70 @@ namespace {
 // The target set a test forced, or 0 for the CPU's own.
 std::atomic<int64_t> targetsForTest{0};
 
-// Bit `bit` of ECX of CPUID leaf `leaf` (subleaf 0): for the features that not
-// every compiler's check names (F16C, VAES).
-bool cpuidEcxBit(unsigned leaf, unsigned bit) {
+// The feature bits the targets need, read with two CPUID leaves and the saved
+// vector state. The compilers' own checks would run their CPU probe as a
+// constructor in every process, and each CPUID it issues is a trap under a
+// hypervisor: that probe cost a short run a fifth of its start-up.
+struct CpuFeatures {
+  uint32_t leaf1Ecx = 0;   // SSSE3, SSE4, PCLMUL, AES, AVX, FMA, F16C, OSXSAVE
+  uint32_t leaf7Ebx = 0;   // AVX2, BMI, AVX-512 F/DQ/BW/VL
+  uint32_t leaf7Ecx = 0;   // VBMI, VBMI2, GFNI, VAES, VPCLMULQDQ, VNNI, BITALG, VPOPCNTDQ
+  uint64_t savedState = 0; // XCR0: which register files the system saves
+};
+
+CpuFeatures readCpuFeatures() {
+  CpuFeatures cpu;
   unsigned a = 0, b = 0, c = 0, d = 0;
-  return __get_cpuid_count(leaf, 0, &a, &b, &c, &d) != 0 && ((c >> bit) & 1U) != 0;
+  if (__get_cpuid(1, &a, &b, &c, &d) != 0) cpu.leaf1Ecx = c;
+  if (__get_cpuid_count(7, 0, &a, &b, &c, &d) != 0) {
+    cpu.leaf7Ebx = b;
+    cpu.leaf7Ecx = c;
+  }
+  if ((cpu.leaf1Ecx >> 27) & 1U) {
+    uint32_t low = 0, high = 0;
+    __asm__ volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+    cpu.savedState = (uint64_t{high} << 32) | low;
+  }
+  return cpu;
 }
 
-bool cpuHasSse4() {
-  return __builtin_cpu_supports("ssse3") && __builtin_cpu_supports("sse4.1") && __builtin_cpu_supports("sse4.2") &&
-         __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("aes");
+// True when every bit of `mask` is set in `bits`.
+constexpr bool hasAll(uint64_t bits, uint64_t mask) { return (bits & mask) == mask; }
+
+constexpr uint32_t bit(unsigned n) { return uint32_t{1} << n; }
+
+bool cpuHasSsse3(const CpuFeatures& cpu) { return hasAll(cpu.leaf1Ecx, bit(9)); }
+
+bool cpuHasSse4(const CpuFeatures& cpu) {
+  return hasAll(cpu.leaf1Ecx, bit(1) | bit(9) | bit(19) | bit(20) | bit(25));  // PCLMUL SSSE3 SSE4.1/2 AES
 }
 
-bool cpuHasAvx2() {
-  return cpuHasSse4() && __builtin_cpu_supports("avx") && __builtin_cpu_supports("avx2") &&
-         __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("fma") &&
-         cpuidEcxBit(1, 29);
+bool cpuHasAvx2(const CpuFeatures& cpu) {
+  return cpuHasSse4(cpu) && hasAll(cpu.savedState, 0x6) &&  // XMM and YMM state
+         hasAll(cpu.leaf1Ecx, bit(12) | bit(28) | bit(29)) &&  // FMA AVX F16C
+         hasAll(cpu.leaf7Ebx, bit(3) | bit(5) | bit(8));        // BMI AVX2 BMI2
 }
 
-bool cpuHasAvx3() {
-  return cpuHasAvx2() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
-         __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512bw");
+bool cpuHasAvx3(const CpuFeatures& cpu) {
+  return cpuHasAvx2(cpu) && hasAll(cpu.savedState, 0xE6) &&          // opmask and ZMM state
+         hasAll(cpu.leaf7Ebx, bit(16) | bit(17) | bit(30) | bit(31));  // F DQ BW VL
 }
 
 // The dot-product kernels of this target also use the AVX-512 VNNI forms.
-bool cpuHasAvx3Dl() {
-  return cpuHasAvx3() && __builtin_cpu_supports("vpclmulqdq") && __builtin_cpu_supports("avx512vbmi") &&
-         __builtin_cpu_supports("avx512vbmi2") && cpuidEcxBit(7, 9) &&
-         __builtin_cpu_supports("gfni") && __builtin_cpu_supports("avx512vnni") &&
-         __builtin_cpu_supports("avx512bitalg") && __builtin_cpu_supports("avx512vpopcntdq");
+bool cpuHasAvx3Dl(const CpuFeatures& cpu) {
+  // VBMI VBMI2 GFNI VAES VPCLMULQDQ VNNI BITALG VPOPCNTDQ
+  return cpuHasAvx3(cpu) &&
+         hasAll(cpu.leaf7Ecx, bit(1) | bit(6) | bit(8) | bit(9) | bit(10) | bit(11) | bit(12) | bit(14));
 }
 
 int64_t cpuTargets() {
-  __builtin_cpu_init();  // the library may be asked before the runtime's own constructors ran
+  const CpuFeatures cpu = readCpuFeatures();
   int64_t targets = HWY_EMU128 | HWY_SCALAR;
-  if (__builtin_cpu_supports("ssse3")) targets |= HWY_SSSE3;
-  if (cpuHasSse4()) targets |= HWY_SSE4;
-  if (cpuHasAvx2()) targets |= HWY_AVX2;
-  if (cpuHasAvx3()) targets |= HWY_AVX3;
-  if (cpuHasAvx3Dl()) targets |= HWY_AVX3_DL;
+  if (cpuHasSsse3(cpu)) targets |= HWY_SSSE3;
+  if (cpuHasSse4(cpu)) targets |= HWY_SSE4;
+  if (cpuHasAvx2(cpu)) targets |= HWY_AVX2;
+  if (cpuHasAvx3(cpu)) targets |= HWY_AVX3;
+  if (cpuHasAvx3Dl(cpu)) targets |= HWY_AVX3_DL;
   return targets;
 }
 

@@ -17,13 +17,11 @@ namespace {
 // Step for smaller files and for whatever follows the reported size.
 constexpr std::size_t kTailChunk = 64 * 1024;
 
-// From this size on a file is copied out of a mapping into storage backed by
-// huge pages; below it a huge page rarely fits and plain reads cost the same.
-constexpr int32_t kMapAtLeast = 4 << 20;
-
-// From this size on a buffer's pages are mapped in one go before it is filled;
-// below it the buffer comes from the heap, mostly from pages already mapped.
-constexpr int32_t kPrepareAtLeast = 256 << 10;
+// From this size on a file is copied straight out of a mapping, once, where
+// reading it would copy every byte twice (into a chunk, then into the vector),
+// and the vector's fresh pages are mapped in one go before they are filled;
+// below it the storage comes from the heap, mostly from pages already mapped.
+constexpr int32_t kLargeFile = 256 << 10;
 
 // Closes the descriptor when the reading ends, however it ends.
 class Descriptor {
@@ -116,10 +114,10 @@ std::vector<uint8_t> TesterSetting::TestCommand::readData(const char* path) {
   // impossible reservation it aborts the process.
   if (size < 0) std::abort();
   std::vector<uint8_t> bytes;
-  if (size >= kMapAtLeast) bytes = copyMapped(file.get(), static_cast<std::size_t>(size));
+  if (size >= kLargeFile) bytes = copyMapped(file.get(), static_cast<std::size_t>(size));
   if (bytes.empty() && size != 0) {
     bytes.reserve(static_cast<std::size_t>(size));
-    if (size >= kPrepareAtLeast) prepareFreshStorage(bytes);
+    if (size >= kLargeFile) prepareFreshStorage(bytes);
   }
   readToEnd(file.get(), bytes);
   return bytes;
