@@ -10,8 +10,7 @@
 
 namespace kesh::testing {
 
-/// Runs `body` with std::cout redirected; returns what it wrote. The stream's
-/// format flags are left as `body` left them.
+/// What `body` wrote to std::cout; the stream's format flags stay as `body` left them.
 inline std::string captureStdout(const std::function<void()>& body) {
   std::ostringstream captured;
   std::streambuf* const saved = std::cout.rdbuf(captured.rdbuf());

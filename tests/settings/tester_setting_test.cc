@@ -33,7 +33,6 @@ TEST_F(TesterSettingTest, GlobalOptionsAndGatheredText) {
   EXPECT_EQ(setting.loopCount, 3);
   const TesterSetting::TestCommand& command = setting.commandGroups[0][0];
   EXPECT_TRUE(command.pack);
-  EXPECT_EQ(command.groupLoopCount, 1);
   EXPECT_EQ(command.subCommands.size(), 2u);
 }
 
