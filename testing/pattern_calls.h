@@ -39,10 +39,9 @@ inline _pattern_graph* buildGraph(_kesh_player* player, _pattern* pattern, std::
 
 /// A built graph of one node running `pattern`; the node is stored in *node.
 inline _pattern_graph* singleNodeGraph(_kesh_player* player, _pattern* pattern, _pattern_node_handle** node) {
-  std::vector<_pattern_node_handle*> nodes;
-  _pattern_graph* graph = buildGraph(player, pattern, &nodes);
-  *node = nodes.at(0);
-  return graph;
+  _pattern_graph* graph = keshCreatePatternGraph(player, "tester_graph");
+  const bool added = keshAddPattern(graph, pattern, 0, 0, node, "tester_pattern") == 0;
+  return added && keshBuildPatternGraph(graph) == 0 ? graph : nullptr;
 }
 
 /// Plays `graph` and waits; the job's wait status, or -100 if play failed.

@@ -12,8 +12,6 @@ std::vector<uint8_t> patternBinary(const std::vector<TestArg>& args, const std::
   return encodePattern(program);
 }
 
-uint32_t argRef(uint32_t position) { return bufferRef(Space::kArg, position); }
-
 Op copyOp(uint32_t dst, uint32_t src, uint32_t length) {
   return makeOp(Opcode::kCopy, {{"dst", argRef(dst)}, {"src", argRef(src)}, {"length", length}});
 }

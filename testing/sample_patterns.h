@@ -25,7 +25,7 @@ std::vector<uint8_t> patternBinary(const std::vector<TestArg>& args, const std::
                                    std::vector<uint8_t> constData = {});
 
 /// Reference to the argument at table position `position`.
-uint32_t argRef(uint32_t position);
+inline uint32_t argRef(uint32_t position) { return format::bufferRef(format::Space::kArg, position); }
 
 /// A copy of `length` bytes from argument position `src` to position `dst`.
 format::Op copyOp(uint32_t dst, uint32_t src, uint32_t length);

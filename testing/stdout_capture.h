@@ -1,5 +1,4 @@
-// Capture of what code writes to std::cout. Redirects the process-wide stream
-// buffer, so only one thread may capture at a time.
+// Capture of what code writes to std::cout, through the process-wide stream buffer: one thread at a time.
 #ifndef KESH_TESTING_STDOUT_CAPTURE_H_
 #define KESH_TESTING_STDOUT_CAPTURE_H_
 

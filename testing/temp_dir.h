@@ -1,5 +1,4 @@
-// A scratch folder for a test, removed with its content when destroyed. Not
-// copyable; one owner, no sharing between threads needed.
+// A scratch folder for a test, removed with its content when destroyed; one owner, not copyable.
 #ifndef KESH_TESTING_TEMP_DIR_H_
 #define KESH_TESTING_TEMP_DIR_H_
 

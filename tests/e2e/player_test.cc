@@ -1,10 +1,8 @@
 #include "player_test.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <climits>
 #include <cstdio>
+#include <filesystem>
 #include <iterator>
 #include <map>
 #include <regex>
@@ -47,11 +45,10 @@ std::string toolLinesOf(const std::string& err) {
 // know, each with its stream: a line added to the tool without its description fails every test.
 // Plans with the tool's own parsers, whose state is process-wide: one call at a time.
 std::string linesOutsideGrammar(const std::vector<std::string>& args, const std::string& dir, const ChildResult& run) {
-  // The plan reads the command files and patterns by the paths the tool was given.
-  char here[PATH_MAX];
-  if (getcwd(here, sizeof here) == nullptr || chdir(dir.c_str()) != 0) return "cannot enter " + dir + "\n";
+  const std::filesystem::path here = std::filesystem::current_path();
+  std::filesystem::current_path(dir);  // the plan reads command files and patterns by the tool's paths
   const report::Plan plan = report::planOf(args);
-  if (chdir(here) != 0) return "cannot return to " + std::string(here) + "\n";
+  std::filesystem::current_path(here);
   report::OutputParser parser(plan);
   const std::string err = toolLinesOf(run.err);
   parser.feedStdout(run.out.data(), run.out.size());
