@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <vector>
 
+#include "driver/timing_report.h"
 #include "testing/stdout_capture.h"
 
 namespace {
@@ -40,6 +42,14 @@ TEST(CompareGolden, LongMismatchMatchesTheValueByValueRule) {
   const auto differ = std::mismatch(out.begin(), out.end(), expected.begin());
   EXPECT_EQ(differ.first - out.begin(), static_cast<std::ptrdiff_t>(out.size()))
       << "from " << std::string(differ.first, out.end()).substr(0, 80);
+}
+
+TEST(TimingReport, EachValueOnItsOwnLineInFullRange) {
+  EXPECT_EQ(formatTimingLines(3, NodeTiming{INT64_MIN, 7, -5, INT64_MAX}),
+            "    IP time of sub-command 3: -9223372036854775808 us\n"
+            "    Driver time of sub-command 3: 7 us\n"
+            "    Timestamp start of sub-command 3: -5\n"
+            "    Timestamp end of sub-command 3: 9223372036854775807\n");
 }
 
 }  // namespace

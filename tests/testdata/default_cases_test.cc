@@ -1,10 +1,10 @@
-// The built-in cases as the tool holds them: the catalogue has every committed case file under the
-// name it binds to, nothing more, and the embedded data is laid out as the symbol tables show it.
+// The built-in cases as the tool holds them: the catalogue has every committed case file under the name it
+// binds to, nothing more; each is a read-only array of its file's size followed by its 4-byte length word,
+// and an all-zero one takes no file space.
 #include "testdata/default_cases.h"
 
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -26,7 +26,6 @@ TEST_P(DefaultCaseTest, MatchesTheCommittedFiles) {
   Files catalogued = {{"pattern", contentOf(entry.pattern)}};
   for (const NamedDatum& input : entry.inputs) catalogued.emplace("in_" + std::string(input.argName), contentOf(input));
   for (const NamedDatum& out : entry.goldens) catalogued.emplace("golden_" + std::string(out.argName), contentOf(out));
-  EXPECT_EQ(catalogued.size(), 1 + entry.inputs.size() + entry.goldens.size()) << "an argument is bound twice";
   Files committed;  // caseN_pattern.bin, caseN_in_ARG.bin and caseN_golden_ARG.bin
   const std::string prefix = "case" + std::to_string(GetParam()) + "_";
   for (const auto& file : std::filesystem::directory_iterator(KESH_DEFAULT_CASES_DIR)) {
@@ -51,15 +50,12 @@ std::map<std::string, Symbol> readSymbols(const std::string& elfFile) {
   Symbol symbol;
   while (pipe != nullptr && std::fgets(line, sizeof line, pipe) != nullptr) {
     if (std::sscanf(line, "%511s %c %llu %llu", name, &symbol.type, &symbol.address, &symbol.size) != 4) continue;
-    symbol.type = static_cast<char>(std::toupper(static_cast<unsigned char>(symbol.type)));
     symbols[name] = symbol;
   }
   if (pipe != nullptr) pclose(pipe);
   return symbols;
 }
 
-// Every committed datum is a read-only array of its file's size followed by its
-// 4-byte length word; an all-zero one takes no file space.
 TEST(EmbeddedLayoutTest, EveryDatumIsItsFileFollowedByItsLengthWord) {
   for (const std::string elfFile : {KESH_EMBEDDED_OBJECT, KESH_PLAYER_BINARY}) {
     const std::map<std::string, Symbol> symbols = readSymbols(elfFile);
