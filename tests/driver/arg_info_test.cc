@@ -17,16 +17,14 @@ Names namesAfter(const std::string& text, Names before) {
   return before;
 }
 
-// Pieces are read like lines ended by semicolons: a trailing separator adds no
-// piece, and entries without a piece keep their name.
+// A trailing separator adds no piece; entries without a piece keep their name.
 TEST(ArgNames, PiecesAreReadLikeLinesEndedBySemicolons) {
   EXPECT_EQ(namesAfter(";a;;c", {"w", "x", "y", "z"}), (Names{"", "a", "", "c"}));
   EXPECT_EQ(namesAfter("a;b;", {"x", "y", "z"}), (Names{"a", "b", "z"}));
 }
 
 TEST(ArgNamesDeathTest, MoreNamesThanArgumentsAborts) {
-  // Nothing in the tool catches the out-of-range failure, so the process ends.
-  EXPECT_DEATH([]() noexcept { namesAfter("a;b;c;d", {"", "", ""}); }(), "");
+  EXPECT_DEATH([]() noexcept { namesAfter("a;b;c;d", {"", "", ""}); }(), "");  // nothing catches it: the process ends
 }
 
 }  // namespace
