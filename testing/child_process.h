@@ -1,6 +1,5 @@
-// Runs a program, or code that ends the process or reads settings once per process, in a child
-// with its standard streams captured; blocks until it ends. Safe from any thread (the child
-// inherits only the calling thread).
+// Runs a program, or code that ends the process, in a child with its standard streams captured;
+// blocks until it ends. Safe from any thread (the child inherits only the calling thread).
 #ifndef KESH_TESTING_CHILD_PROCESS_H_
 #define KESH_TESTING_CHILD_PROCESS_H_
 
@@ -14,16 +13,12 @@ namespace kesh::testing {
 
 /// What to run in the child, and how.
 struct ChildTask {
-  /// Program (looked up on PATH) and its arguments; empty to run `body` instead.
-  std::vector<std::string> argv;
-  /// Code run in the forked child when `argv` is empty; what it returns is the exit status.
-  std::function<int()> body;
-  /// Working directory of the child; "" keeps the parent's.
-  std::string dir;
+  std::vector<std::string> argv;  ///< program (looked up on PATH) and its arguments; empty to run `body` instead
+  std::function<int()> body;      ///< code run in the forked child when `argv` is empty; returns the exit status
+  std::string dir;                ///< working directory of the child; "" keeps the parent's
   /// Variables set in the child, in order; a missing value unsets the variable.
   std::vector<std::pair<std::string, std::optional<std::string>>> env;
-  /// What the child reads on standard input.
-  std::string input;
+  std::string input;  ///< what the child reads on standard input
 };
 
 /// How a child ended and what it wrote.

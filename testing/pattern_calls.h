@@ -1,6 +1,5 @@
-// Helpers that drive the pattern library's C API the way the tool does: load
-// a pattern, bind filled memory, build, play and wait. Stateless; each helper
-// is as thread-safe as the calls it makes.
+// Helpers that drive the pattern library's C API the way the tool does: load a pattern, bind filled
+// memory, build, play and wait. Stateless; each helper is as thread-safe as the calls it makes.
 #ifndef KESH_TESTING_PATTERN_CALLS_H_
 #define KESH_TESTING_PATTERN_CALLS_H_
 
@@ -21,9 +20,8 @@ inline _kesh_mem* bindFilled(_kesh_player* player, _pattern_node_handle* node, u
                              uint8_t fill) {
   _kesh_mem* mem = keshCreateMem(player, size, "arg");
   void* host = keshMapMem(mem);
-  if (host == nullptr) return nullptr;
-  std::memset(host, fill, size);
-  const bool bound = keshFlushMem(mem) == 0 && keshSetPatternNodeArg(node, index, mem, size) == 0 &&
+  if (host != nullptr) std::memset(host, fill, size);
+  const bool bound = host != nullptr && keshFlushMem(mem) == 0 && keshSetPatternNodeArg(node, index, mem, size) == 0 &&
                      keshUpdatePatternNode(node) == 0;
   return bound ? mem : nullptr;
 }
@@ -41,16 +39,14 @@ inline _pattern_graph* buildGraph(_kesh_player* player, _pattern* pattern, std::
 
 /// A built graph of one node running `pattern`; the node is stored in *node.
 inline _pattern_graph* singleNodeGraph(_kesh_player* player, _pattern* pattern, _pattern_node_handle** node) {
-  std::vector<_pattern_node_handle*> nodes;
-  _pattern_graph* graph = buildGraph(player, pattern, &nodes);
-  *node = nodes.at(0);
-  return graph;
+  _pattern_graph* graph = keshCreatePatternGraph(player, "tester_graph");
+  const bool added = keshAddPattern(graph, pattern, 0, 0, node, "tester_pattern") == 0;
+  return added && keshBuildPatternGraph(graph) == 0 ? graph : nullptr;
 }
 
 /// Plays `graph` and waits; the job's wait status, or -100 if play failed.
 inline int playAndWait(_kesh_player* player, _pattern_graph* graph, _pattern_job** job) {
-  if (keshPlayPatternGraph(player, graph, 0, job) != 0) return -100;
-  return keshWaitPatternJob(*job);
+  return keshPlayPatternGraph(player, graph, 0, job) != 0 ? -100 : keshWaitPatternJob(*job);
 }
 
 /// The node's execution info `kind` for `job`, or -1 when the query fails.

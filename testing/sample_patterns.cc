@@ -7,14 +7,10 @@ using namespace format;  // NOLINT: the builder's vocabulary reads best unqualif
 
 std::vector<uint8_t> patternBinary(const std::vector<TestArg>& args, const std::vector<Op>& ops,
                                    std::vector<uint8_t> constData) {
-  Program program;
+  Program program{{}, {}, ops, std::move(constData)};
   for (const TestArg& arg : args) program.args.push_back({arg.index, arg.size, arg.noAlloc, arg.name});
-  program.ops = ops;
-  program.constData = std::move(constData);
   return encodePattern(program);
 }
-
-uint32_t argRef(uint32_t position) { return bufferRef(Space::kArg, position); }
 
 Op copyOp(uint32_t dst, uint32_t src, uint32_t length) {
   return makeOp(Opcode::kCopy, {{"dst", argRef(dst)}, {"src", argRef(src)}, {"length", length}});
@@ -41,9 +37,7 @@ std::vector<uint8_t> convPattern(uint32_t width, uint32_t height) {
 }
 
 Program sampleProgram() {
-  Program program;
-  program.args = {{0, 3072, false, "in"}, {1, 3072, false, "out"}, {7, 256, true, "scratch"}};
-  program.internalSizes = {3072, 64};
+  Program program{{{0, 3072, false, "in"}, {1, 3072, false, "out"}, {7, 256, true, "scratch"}}, {3072, 64}, {}, {}};
   program.constData = {1, 0, 2, 0, 1, 0, 2, 0, 4, 0, 2, 0, 1, 0, 2, 0, 0xff, 0xff};  // i16 {1,2,1,2,4,2,1,2,-1}
   program.constData.resize(304, 0);
   for (int i = 0; i < 256; ++i) program.constData[32 + i] = static_cast<uint8_t>(255 - i);

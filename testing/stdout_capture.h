@@ -1,5 +1,4 @@
-// Capture of what code writes to std::cout. Redirects the process-wide stream
-// buffer, so only one thread may capture at a time.
+// Capture of what code writes to std::cout, through the process-wide stream buffer: one thread at a time.
 #ifndef KESH_TESTING_STDOUT_CAPTURE_H_
 #define KESH_TESTING_STDOUT_CAPTURE_H_
 
@@ -10,8 +9,7 @@
 
 namespace kesh::testing {
 
-/// Runs `body` with std::cout redirected; returns what it wrote. The stream's
-/// format flags are left as `body` left them.
+/// What `body` wrote to std::cout; the stream's format flags stay as `body` left them.
 inline std::string captureStdout(const std::function<void()>& body) {
   std::ostringstream captured;
   std::streambuf* const saved = std::cout.rdbuf(captured.rdbuf());

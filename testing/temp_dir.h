@@ -1,10 +1,8 @@
-// A scratch folder for a test. Owns the folder and removes it with its content
-// when destroyed. Not copyable; one owner, no sharing between threads needed.
+// A scratch folder for a test, removed with its content when destroyed; one owner, not copyable.
 #ifndef KESH_TESTING_TEMP_DIR_H_
 #define KESH_TESTING_TEMP_DIR_H_
 
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -18,7 +16,7 @@ class TempDir {
  public:
   /// Makes the folder; aborts the process if it cannot.
   TempDir() : path_((std::filesystem::temp_directory_path() / "kesh_test_XXXXXX").string()) {
-    if (mkdtemp(path_.data()) == nullptr) fail(path_);
+    if (mkdtemp(path_.data()) == nullptr) std::abort();
   }
   /// Removes the folder and everything in it.
   ~TempDir() {
@@ -30,12 +28,11 @@ class TempDir {
 
   /// The folder's absolute path, without a trailing slash.
   const std::string& path() const { return path_; }
-  /// Writes `content` to `name` (relative, may hold folders, made as needed); returns its path.
+  /// Writes `content` to `name` (relative, its folders made as needed); returns its path; aborts on failure.
   std::string write(const std::string& name, const std::string& content) const {
     const std::filesystem::path file = std::filesystem::path(path_) / name;
     std::filesystem::create_directories(file.parent_path());
-    std::ofstream out(file, std::ios::binary);
-    if (!(out << content).flush()) fail(file.string());
+    if (!(std::ofstream(file, std::ios::binary) << content).flush()) std::abort();
     return file.string();
   }
   /// Writes `bytes` to `name` as write() does; returns its path.
@@ -44,10 +41,6 @@ class TempDir {
   }
 
  private:
-  [[noreturn]] static void fail(const std::string& what) {
-    std::perror(what.c_str());
-    std::abort();
-  }
   std::string path_;
 };
 

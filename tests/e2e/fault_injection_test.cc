@@ -18,16 +18,14 @@ const Args kFull = {"--command", "full.txt", "--session_reused"};
 const Args kOne = {"-f", "copy.bin", "-i", "in.bin", "-o", "out.bin"};
 const Args kTwoGroups = {"--command", "groups.txt"};
 
-// Every one ends the process with status 1 and its message on standard error only.
 struct Fault {
   Args args;
   std::string failing;  // KESH_EMU_FAIL
   std::string err;
 };
 
-// A message built from a value (type, option, sub-command) is checked for one
-// value per code path; the call trace test pins the order of the calls, so
-// one argument-information type stands for all four.
+// A message built from a value (type, option, sub-command) is checked for one value per code
+// path; the call trace test pins the order of the calls, so one argument-information type stands for all four.
 const Fault kFaults[] = {
     {kFull, "keshCreatePlayer@1", "Failed to create player\n"},
     {kFull, "keshCreatePattern@2", "Failed to create pattern\n"},

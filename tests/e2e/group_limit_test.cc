@@ -7,9 +7,6 @@
 namespace kesh::testing {
 namespace {
 
-const char kLimitMessage[] =
-    "Exceed maximum number of commands in one command group, make sure the command group size is less than 64\n";
-
 class GroupLimitTest : public PlayerTest {};
 
 TEST_F(GroupLimitTest, SixtyThreeJobsAllStartBeforeTheFirstWaitAndPass) {
@@ -32,7 +29,8 @@ TEST_F(GroupLimitTest, TheSixtyFourthSetUpEndsTheProcessBeforeItsPlay) {
   for (const char* sets : {"sets.txt", "endless.txt"}) {
     const PlayerRun result = run({"--command", sets});
     EXPECT_EQ(result.status, 1) << sets;
-    EXPECT_EQ(result.err, kLimitMessage) << sets;
+    EXPECT_EQ(result.err, "Exceed maximum number of commands in one command group, make sure the command group "
+                          "size is less than 64\n") << sets;
     EXPECT_EQ(countLines(result.out, "Running command: "), 64u) << sets;
     EXPECT_EQ(countLines(result.trace, "keshUpdatePatternNode("), 64u) << sets;
     EXPECT_EQ(countLines(result.trace, "keshPlayPatternGraph("), 63u) << sets;

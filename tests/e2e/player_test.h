@@ -27,6 +27,8 @@ std::string linesWith(const std::string& text, const std::vector<std::string>& n
 size_t countLines(const std::string& text, const std::string& needle);
 /// `trace` with each kind of handle numbered on its own in order of appearance (P1, T1, M1, M2, ...).
 std::string numberHandlesPerKind(const std::string& trace);
+/// The words that start the tool with `args`, through the launcher if there is one.
+std::vector<std::string> playerCommand(const std::vector<std::string>& args);
 
 /// A scratch folder per test and runs of the tool inside it.
 class PlayerTest : public ::testing::Test {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "player_test.h"
+#include "testing/read_file.h"
 #include "testing/sample_patterns.h"
 
 namespace kesh::testing {
@@ -17,30 +18,7 @@ class RunDriverTest : public PlayerTest {};
 // The README's main-job command: the six built-in cases in one command set.
 TEST_F(RunDriverTest, AllSixBuiltInCasesPassWithExactLines) {
   const PlayerRun result = run({"-t", "0", "-t", "1", "-t", "2", "-t", "3", "-t", "4", "-t", "5"});
-  std::string expected;
-  for (int number = 0; number < 6; ++number) expected += "Test default case: " + std::to_string(number) + "\n";
-  expected +=
-      "Test pattern start...\n"
-      "Running command:  -t 0 -t 1 -t 2 -t 3 -t 4 -t 5\n"
-      "Execution info of command:  -t 0 -t 1 -t 2 -t 3 -t 4 -t 5\n";
-  for (int position = 0; position < 6; ++position) {
-    const std::string at = std::to_string(position) + ": ";
-    expected += "    IP time of sub-command " + at + "# us\n    Driver time of sub-command " + at +
-                "# us\n    Timestamp start of sub-command " + at + "#\n    Timestamp end of sub-command " + at + "#\n";
-  }
-  for (int number = 0; number < 4; ++number) {
-    for (const char* name : {"auto_buf_name_0", "auto_buf_name_1", "auto_buf_name_2"}) {
-      expected += std::string("Test passed for argument ") + name + "\n";
-    }
-  }
-  expected +=
-      "Golden data not found for argument GI_65540\n"
-      "Skip compare golden of argument GI_65540\n"
-      "Test passed for argument GO_65544\n"
-      "Test passed for argument GI_65542\n"
-      "Test passed for argument GO_65548\n"
-      "Test pattern passed!!!\n";
-  EXPECT_EQ(result.out, expected);
+  EXPECT_EQ(result.out, readFile(KESH_E2E_SOURCE_DIR "/all_six_cases.txt"));
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.status, 0);
 }
@@ -77,27 +55,19 @@ struct Runs {
   size_t players;
 };
 
-const Args kPass = {"-f", "copy.bin", "-i", "in.bin", "-o", "out.bin"};
-const Args kFail = {"-f", "copy.bin", "-i", "in.bin", "-o", "bad/out.bin"};
-
-Args with(Args args, const Args& more) {
-  args.insert(args.end(), more.begin(), more.end());
-  return args;
-}
-
 const Runs kRuns[] = {
-    {"ThreeRunsAllPass", with(kPass, {"-l", "3"}),
+    {"ThreeRunsAllPass", {"--command", "pass.txt", "-l", "3"},
      "[1/3] Test pattern start...\n[1/3] Test pattern passed!!!\n[2/3] Test pattern start...\n"
      "[2/3] Test pattern passed!!!\n[3/3] Test pattern start...\n[3/3] Test pattern passed!!!\n",
      0, 3},
     // A failed run ends the loop, an endless one too.
-    {"AFailureEndsTheLoop", with(kFail, {"-l", "3"}),
+    {"AFailureEndsTheLoop", {"--command", "fail.txt", "-l", "3"},
      "[1/3] Test pattern start...\n[1/3] Test pattern failed!!!\n", 255, 1},
-    {"AFailureEndsAnEndlessLoop", with(kFail, {"-l", "-1"}),
+    {"AFailureEndsAnEndlessLoop", {"--command", "fail.txt", "-l", "-1"},
      "[1] Test pattern start...\n[1] Test pattern failed!!!\n", 255, 1},
     // No run due, help, or nothing to run: no player, and a good end.
-    {"NoRunDue", with(kFail, {"-l", "0"}), "", 0, 0},
-    {"Help", with(kFail, {"-h"}), "", 0, 0},
+    {"NoRunDue", {"--command", "fail.txt", "-l", "0"}, "", 0, 0},
+    {"Help", {"--command", "fail.txt", "-h"}, "", 0, 0},
     // Three groups; with --session_reused one player per run serves them all.
     {"ReusedSessionOnePlayerPerRun", {"--command", "groups.txt", "-l", "2", "--session_reused"},
      "[1/2] Test pattern start...\n[1/2] Test pattern passed!!!\n[2/2] Test pattern start...\n"
@@ -112,6 +82,8 @@ class RunLoopTest : public PlayerTest, public ::testing::WithParamInterface<Runs
 TEST_P(RunLoopTest, PrefixesVerdictsStatusAndPlayers) {
   writeCopyCase(8);
   writeCopyCase(8, {0}, "bad/out.bin");
+  writeText("pass.txt", "-f copy.bin -i in.bin -o out.bin\n");
+  writeText("fail.txt", "-f copy.bin -i in.bin -o bad/out.bin\n");
   writeText("groups.txt", "-f copy.bin -i in.bin -o out.bin -g 0\n-f copy.bin -i in.bin -o out.bin -g 1\n"
                           "-f copy.bin -i in.bin -o out.bin -g 2\n");
   const PlayerRun result = run(GetParam().args);

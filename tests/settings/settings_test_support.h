@@ -20,7 +20,6 @@ namespace kesh::settings::testing {
 
 using kesh::testing::captureStdout;
 using kesh::testing::readFile;
-using kesh::testing::TempDir;
 
 /// The settings the global parser builds from "prog" and `args`; what it
 /// prints goes to `echo`, or to standard output when null.
@@ -35,32 +34,23 @@ inline TesterSetting parseArguments(std::vector<std::string> args, std::string* 
   return std::move(*setting);
 }
 
-/// What throwIntercepted throws: a fatal error's message and its stream.
-struct Intercepted {
-  FatalStream stream;
+/// What a body printed, and the fatal error it ended with (text "" when none).
+struct Ending {
+  std::string echo;
+  FatalStream stream = FatalStream::kStdout;
   std::string text;
 };
 
-/// A fatal handler that throws Intercepted, so a test sees the error and goes on.
-[[noreturn]] inline void throwIntercepted(FatalStream stream, const std::string& text) {
-  throw Intercepted{stream, text};
-}
-
-/// What `body` printed, and the fatal error it ended with (text "" when none).
-struct Ending {
-  std::string echo;
-  Intercepted fatal{FatalStream::kStdout, ""};
-};
-
-/// Runs `body` with standard output captured and fatal errors intercepted.
+/// Runs `body` with standard output captured and fatal errors thrown back to here.
 inline Ending runToFatal(const std::function<void()>& body) {
   Ending ending;
-  setFatalHandler(throwIntercepted);
+  setFatalHandler([](FatalStream stream, const std::string& text) { throw Ending{"", stream, text}; });
   ending.echo = captureStdout([&] {
     try {
       body();
-    } catch (const Intercepted& caught) {
-      ending.fatal = caught;
+    } catch (const Ending& fatal) {
+      ending.stream = fatal.stream;
+      ending.text = fatal.text;
     }
   });
   setFatalHandler(nullptr);
@@ -73,7 +63,7 @@ class SettingsTest : public ::testing::Test {
   /// The settings of the program's arguments `args`; their echo goes to `echo`.
   TesterSetting parse(const std::vector<std::string>& args) { return parseArguments(args, &echo); }
 
-  TempDir dir;
+  kesh::testing::TempDir dir;
   std::string p = dir.write("p.bin", std::string("P\0\n", 3)), echo;
 };
 
