@@ -65,37 +65,32 @@ Results parse(const Plan& plan, const std::string& out, size_t chunk = 0) {
   return parser.results();
 }
 
-// "out@1 failed 20:2:1..19:2": the argument, its pattern's position, the
-// outcome and for a listing its bytes, differing bytes, range and values kept.
-std::string verdictText(const Verdict& verdict) {
-  std::ostringstream text;
-  text << verdict.arg << '@' << verdict.pattern << ' '
-       << (verdict.outcome == Outcome::kPassed ? "passed" : verdict.outcome == Outcome::kFailed ? "failed" : "skipped");
-  const DiffSummary& diff = verdict.diff;
-  if (verdict.hasDiff)
-    text << ' ' << diff.listedBytes << ':' << diff.differing << ':' << diff.firstOffset << ".." << diff.lastOffset
-         << ':' << diff.firstValues.size();
-  return text.str();
-}
-
 // A line per standard error line kept, per unknown line, per run (its number,
-// end, group order and each group's first execution) and per execution (its
-// set, IP time@end timestamp per pattern, verdicts).
+// end, group order and each group's first execution) and per execution: its set,
+// IP time@end timestamp per pattern, and verdicts as "out@1 failed 20:2:1..19:2"
+// (argument@pattern, outcome, and for a listing: bytes:differing:range:values kept).
 std::string sketch(const Results& results) {
+  static const char* const kOutcomes[] = {"passed", "failed", "skipped"};
+  static const char* const kEnds[] = {" incomplete", "", " failed"};
   std::ostringstream text;
   for (const std::string& line : results.notices) text << "notice: " << line << '\n';
   for (const std::string& line : results.fatal) text << "fatal: " << line << '\n';
   for (const UnknownLine& line : results.unknown)
-    text << (line.onStderr ? "unknown on stderr: " : "unknown: ") << line.text << '\n';
+    text << "unknown" << (line.onStderr ? " on stderr: " : ": ") << line.text << '\n';
   for (const report::Run& run : results.runs) {
-    text << "run " << run.number << (run.end == RunEnd::kIncomplete ? " incomplete" : "")
-         << (run.end == RunEnd::kFailed ? " failed" : "") << " groups";
+    text << "run " << run.number << kEnds[static_cast<int>(run.end)] << " groups";
     for (size_t k = 0; k < run.groupOrder.size(); ++k) text << ' ' << run.groupOrder[k] << '@' << run.groupStarts[k];
     text << '\n';
     for (const Execution& execution : run.executions) {
       text << "  set " << execution.set << (execution.completed ? "" : " unfinished");
       for (const PatternTimes& times : execution.times) text << ' ' << times.ipMicros << '@' << times.end;
-      for (const Verdict& verdict : execution.verdicts) text << ", " << verdictText(verdict);
+      for (const Verdict& verdict : execution.verdicts) {
+        const DiffSummary& diff = verdict.diff;
+        text << ", " << verdict.arg << '@' << verdict.pattern << ' ' << kOutcomes[static_cast<int>(verdict.outcome)];
+        if (verdict.hasDiff)
+          text << ' ' << diff.listedBytes << ':' << diff.differing << ':' << diff.firstOffset << ".." << diff.lastOffset
+               << ':' << diff.firstValues.size();
+      }
       text << '\n';
     }
   }
@@ -132,7 +127,6 @@ TEST(OutputParser, SummarisesDiffListings) {
     std::string listing, verdict;
   } kRows[] = {
       {sixteen("0") + sixteen("ff") + "Test failed for argument out\n", "out@0 failed 32:16:16..31:8"},
-      {"0 1 0 0  0 0 0 0  0 0 0 0  0 0 0 0 \n0 0 0 80 Test failed for argument out\n", "out@0 failed 20:2:1..19:2"},
       {"7 Test failed for argument out\n", "out@0 failed 1:1:0..0:1"},
   };
   Plan plan;
