@@ -23,7 +23,8 @@ std::string commandFile(int64_t lines) {
   fs::copy_file(data / "case5_golden_GO_65548.bin", "GO_65548.bin", overwrite);
   const std::string file = "commands_" + std::to_string(lines) + ".txt";
   std::ofstream out(file);
-  for (int64_t i = 0; i < lines; ++i) out << "-f " KESH_CASE_DATA_DIR "/case5_pattern.bin -i GI_65542.bin -o GO_65548.bin\n";
+  for (int64_t i = 0; i < lines; ++i)
+    out << "-f " KESH_CASE_DATA_DIR "/case5_pattern.bin -i GI_65542.bin -o GO_65548.bin\n";
   return file;
 }
 
