@@ -64,6 +64,7 @@ struct Case {
   int status;           // the tool's own
   int runs, tests, failures, errors, skipped;  // JUnit's counts over all suites
   std::vector<std::string> caseNames;          // some test case names that must be there
+  std::string message = "";                    // what a failure or error says
   bool shuffled = false;                       // -r: groups print in a random order
 };
 
@@ -72,13 +73,15 @@ const Case kCases[] = {
     {"Passing", std::string(kCopy) + " -b -1 -c 0 -a 100000 -s 50000 --session_reused", "", 0, 1, 3, 0, 0, 1,
      {"&lt;command line&gt;", "&lt;command line&gt; copy.bin out"}},
     {"FailingWithDiff", "-f copy.bin -i in.bin -o flipped/out.bin", "", 255, 1, 3, 1, 0, 1,
-     {"&lt;command line&gt; copy.bin out"}},
-    {"FatalLibraryFailure", kCopy, "keshPlayPatternGraph@1", 1, 1, 2, 0, 2, 0, {"run 1 end"}},
-    {"Crash", "-f copy.bin -i long/in.bin -o out.bin", "", 139, 1, 2, 0, 2, 0, {"run 1 end"}},
+     {"&lt;command line&gt; copy.bin out"}, "2 of 16 bytes differ (offsets 3..9): at 3 expected 0x42 actual 0x18"},
+    {"FatalLibraryFailure", kCopy, "keshPlayPatternGraph@1", 1, 1, 2, 0, 2, 0, {"run 1 end"},
+     "message=\"Failed to play pattern\""},
+    {"Crash", "-f copy.bin -i long/in.bin -o out.bin", "", 139, 1, 2, 0, 2, 0, {"run 1 end"},
+     "message=\"killed by signal 11 (Segmentation fault)\""},
     {"Loops", std::string(kCopy) + " -l 3", "", 0, 3, 9, 0, 0, 3, {}},
     {"Groups", "--command grouped.txt", "", 0, 1, 6, 0, 0, 2, {"grouped.txt:1", "grouped.txt:2 copy.bin out"}},
     {"ShuffledGroups", "--command grouped.txt --command single.txt -r -l 2", "", 0, 2, 18, 0, 0, 6,
-     {"single.txt:1", "grouped.txt:2"}, true},
+     {"single.txt:1", "grouped.txt:2"}, "", true},
     {"SetUpFault", "-i in.bin", "", 1, 0, 1, 0, 1, 0, {"set-up"}},
     {"MissingValue", "-f", "", 1, 0, 1, 0, 1, 0, {"set-up"}},
     {"Help", "-h", "", 0, 0, 0, 0, 0, 0, {}},
@@ -122,7 +125,8 @@ TEST_P(Report, PassesThroughAndWritesResults) {
   EXPECT_TRUE(added.empty() || added.rfind("kesh_report: times per pattern", 0) == 0) << added;
 
   const std::string xml = readFile(dir_ + "/r.xml");
-  const ChildResult lint = runChild({{"xmllint", "--noout", "--schema", KESH_JUNIT_XSD, dir_ + "/r.xml"}, {}, "", {}, ""});
+  const ChildResult lint =
+      runChild({{"xmllint", "--noout", "--schema", KESH_JUNIT_XSD, dir_ + "/r.xml"}, {}, "", {}, ""});
   EXPECT_EQ(lint.status, 0) << lint.err << xml;
   EXPECT_EQ(attribute(xml, "tests"), row.tests) << xml;
   EXPECT_EQ(attribute(xml, "failures"), row.failures) << xml;
@@ -130,6 +134,7 @@ TEST_P(Report, PassesThroughAndWritesResults) {
   EXPECT_EQ(attribute(xml, "skipped"), row.skipped) << xml;
   for (const std::string& name : row.caseNames)
     EXPECT_NE(xml.find("name=\"" + name + "\""), std::string::npos) << name << "\n" << xml;
+  EXPECT_NE(xml.find(row.message), std::string::npos) << xml;
 
   const nlohmann::json json = nlohmann::json::parse(readFile(dir_ + "/r.json"));
   EXPECT_EQ(json["exit_status"], row.status);
