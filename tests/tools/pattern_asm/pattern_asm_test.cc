@@ -1,11 +1,13 @@
-// The pattern text form and the kesh_pattern_asm command line: text -> binary -> text ->
-// binary gives back the very same binary, padding, argument listing and one-line errors.
+// The pattern text form and the kesh_pattern_asm command line: text -> binary -> text -> binary
+// gives back the very same binary; padding, argument listing, goldens made by `run`, one-line errors.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <sstream>
 
 #include "format/op_table.h"
 #include "pattern_asm/asm_cli.h"
+#include "pattern_asm/run_command.h"
 #include "pattern_asm/text_parser.h"
 #include "testing/read_file.h"
 #include "testing/temp_dir.h"
@@ -13,41 +15,37 @@
 namespace kesh::pattern_text {
 namespace {
 
-class PatternAsmTest : public ::testing::Test {
- protected:
-  std::string path(const std::string &name) { return dir_.path() + "/" + name; }
-  std::string write(const std::string &name, const std::string &content) { return dir_.write(name, content); }
-  int run(const std::vector<std::string> &args) {
-    out_.str("");
-    err_.str("");
-    return runPatternAsm(args, out_, err_);
-  }
-  kesh::testing::TempDir dir_;
-  std::ostringstream out_, err_;
-};
-
+namespace fs = std::filesystem;
 using format::bufferRef;
 using format::Opcode;
 using format::paramPosition;
 using format::Space;
 using kesh::testing::readFile;
 
-constexpr const char *kFilter =
-    "arg \"pix els\" index=2 size=16\n"
-    "arg mask index=0 size=16 noalloc\n"
-    "binary func=and type=u8 dst=arg:\"pix els\" "
-    "a=arg:\"pix els\" b=arg:mask count=16\n";
+const std::string kCases = KESH_DEFAULT_CASES_DIR "/";
+
+class PatternAsmTest : public ::testing::Test {
+ protected:
+  std::string path(const std::string &name) { return dir_.path() + "/" + name; }
+  std::string write(const std::string &name, const std::string &content) { return dir_.write(name, content); }
+  // The program's exit status on `args`, as its main() dispatches them.
+  int run(const std::vector<std::string> &args) {
+    out_.str("");
+    err_.str("");
+    return args[0] == "run" ? runPatternCommand(args, err_) : runPatternAsm(args, out_, err_);
+  }
+  kesh::testing::TempDir dir_;
+  std::ostringstream out_, err_;
+};
+
+const std::string kOperation = "binary func=and type=u8 dst=arg:\"pix els\" a=arg:\"pix els\" b=arg:mask count=16\n";
+const std::string kFilter = "arg \"pix els\" index=2 size=16\narg mask index=0 size=16 noalloc\n" + kOperation;
 
 TEST_F(PatternAsmTest, AssemblesDisassemblesReassemblesAndListsArguments) {
   const std::string binary = path("out.bin"), again = path("again.bin"), text = path("again.kasm");
   ASSERT_EQ(run({"assemble", write("in.kasm", kFilter), "-o", binary}), 0) << err_.str();
-  EXPECT_EQ(readFile(binary).size(), 32u + 2 * 48 + 64);
   ASSERT_EQ(run({"disassemble", binary, "-o", text}), 0);
-  EXPECT_EQ(out_.str(), "");
-  EXPECT_NE(readFile(text).find("binary func=and type=u8 dst=arg:\"pix els\" "
-                                "a=arg:\"pix els\" b=arg:mask count=16\n"),
-            std::string::npos)
-      << readFile(text);
+  EXPECT_NE(readFile(text).find(kOperation), std::string::npos) << readFile(text);
   ASSERT_EQ(run({"assemble", text, "-o", again}), 0) << err_.str();
   EXPECT_EQ(readFile(again), readFile(binary));
   ASSERT_EQ(run({"args", binary}), 0);
@@ -67,19 +65,55 @@ TEST_F(PatternAsmTest, PadsToTheExactSizeAndSaysHowToReproduceIt) {
   EXPECT_EQ(err_.str(), text + ": pattern needs 192 bytes, more than --pad 191\n");
 }
 
+// Running a built-in case's pattern on its inputs (renamed to NAME.bin, as kesh_player
+// users name them) reproduces every golden of the case.
+class RunBuiltInCaseTest : public PatternAsmTest, public ::testing::WithParamInterface<int> {};
+
+TEST_P(RunBuiltInCaseTest, ReproducesTheGoldensByteForByte) {
+  const std::string prefix = "case" + std::to_string(GetParam()) + "_";
+  std::vector<std::string> args = {"run", kCases + prefix + "pattern.bin", "-d", dir_.path()};
+  std::vector<std::pair<std::string, std::string>> goldens;  // golden file, argument name
+  for (const fs::directory_entry &entry : fs::directory_iterator(kCases)) {
+    const std::string file = entry.path().filename().string();
+    if (file.rfind(prefix + "in_", 0) == 0)
+      args.insert(args.end(), {"-i", write(file.substr(prefix.size() + 3), readFile(entry.path().string()))});
+    else if (file.rfind(prefix + "golden_", 0) == 0)
+      goldens.emplace_back(entry.path().string(), file.substr(prefix.size() + 7));
+  }
+  ASSERT_FALSE(goldens.empty());
+  ASSERT_EQ(run(args), 0) << err_.str();
+  for (const auto &[golden, name] : goldens)
+    EXPECT_TRUE(readFile(path(name)) == readFile(golden)) << name << " differs from " << golden;
+}
+
+INSTANTIATE_TEST_SUITE_P(BuiltInCases, RunBuiltInCaseTest, ::testing::Range(0, 6),
+                         [](const ::testing::TestParamInfo<int> &param) {
+                           return "case" + std::to_string(param.param);
+                         });
+
+// Each mistake ends the program with status 1 and one line, naming the file where there is one.
 TEST_F(PatternAsmTest, ReportsOneLineErrorsWithExitStatusOne) {
-  const std::string bad = write("bad.kasm", std::string(kFilter) + "\nfill dst=arg:mask length=17 value=0\n");
-  EXPECT_EQ(run({"assemble", bad, "-o", path("x.bin")}), 1);
-  EXPECT_EQ(err_.str(), bad + ":5: dst: bytes 0..17 outside its buffer of 16 bytes\n");
-  const std::string notPattern = write("junk.bin", "KPAX0000000000000000000000000000");
-  EXPECT_EQ(run({"disassemble", notPattern}), 1);
-  EXPECT_EQ(err_.str(), notPattern + ": bad magic\n");
-  EXPECT_EQ(run({"args", path("missing.bin")}), 1);
-  EXPECT_EQ(err_.str(), path("missing.bin") + ": cannot read file\n");
-  for (const std::vector<std::string> &args :
-       std::vector<std::vector<std::string>>{{"link", "a"}, {"assemble", "a.kasm", "-o"}, {"args", "a.bin", "b.bin"}}) {
-    EXPECT_EQ(run(args), 1) << ::testing::PrintToString(args);
-    EXPECT_EQ(err_.str().rfind("kesh_pattern_asm: ", 0), 0u) << err_.str();
+  const std::string bad = write("bad.kasm", kFilter + "\nfill dst=arg:mask length=17 value=0\n");
+  const std::string junk = write("junk.bin", "KPAX0000000000000000000000000000"), none = path("none.bin");
+  const std::string pattern = kCases + "case4_pattern.bin", big = write("GI_65540.bin", std::string(1 << 20, 'x'));
+  const struct {
+    std::vector<std::string> args;
+    std::string err;  // what the line begins with
+  } kRows[] = {
+      {{"assemble", bad, "-o", path("x.bin")}, bad + ":5: dst: bytes 0..17 outside its buffer of 16 bytes\n"},
+      {{"disassemble", junk}, junk + ": bad magic\n"},
+      {{"args", none}, none + ": cannot read file\n"},
+      {{"link", "a"}, "kesh_pattern_asm: "},
+      {{"assemble", "a.kasm", "-o"}, "kesh_pattern_asm: "},
+      {{"args", "a.bin", "b.bin"}, "kesh_pattern_asm: "},
+      {{"run", pattern, "-x"}, "kesh_pattern_asm: unknown option -x (see --help)\n"},
+      {{"run", junk}, junk + ": the pattern library refuses this pattern\n"},
+      {{"run", pattern, "-i", junk}, junk + ": names no argument of " + pattern + " (it binds to \"junk\")\n"},
+      {{"run", pattern, "-i", big}, big + ": 1048576 bytes, more than the "},
+  };
+  for (const auto &row : kRows) {
+    EXPECT_EQ(run(row.args), 1) << ::testing::PrintToString(row.args);
+    EXPECT_EQ(err_.str().rfind(row.err, 0), 0u) << err_.str();
     EXPECT_EQ(err_.str().find('\n'), err_.str().size() - 1) << err_.str();
   }
 }
