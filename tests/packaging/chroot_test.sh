@@ -46,8 +46,6 @@ install libkesh-pattern-dev kesh-player
 grep -q "^libdir=.*/kesh_pattern_host\$" "$root$lib/pkgconfig/kesh_pattern.pc" || fail "kesh_pattern.pc: wrong libdir"
 out=$(in_root 'kesh_player -t 0' 2>&1) || fail "kesh_player -t 0 exits $?: $out"
 [ "$(tail -n 1 <<<"$out")" = "Test pattern passed!!!" ] || fail "kesh_player -t 0 did not pass: $out"
-grep -q 'libkesh_pattern_25.so => not found' <<<"$(in_root 'ldd /usr/libexec/kesh_player/kesh_player')" ||
-  fail "the player proper finds a library of its own, not through the system's loader"
 
 # A vendor library stand-in: the device library's soname and symbols, announcing that it was
 # loaded; its null player ends the tool at the first call.

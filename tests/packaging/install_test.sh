@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # The build installed into a fresh temporary prefix, checked as its users meet it. MODE:
 #   consumers  C programs link the host library through find_package and through pkg-config, and run
-#   player     the installed kesh_player, also moved elsewhere, loads the tree's host library
-#              without LD_LIBRARY_PATH, though the player proper has no path of its own to it
+#   player     kesh_player, installed then moved, loads the tree's host library though it has no path to it
 #   manpages   pages installed compressed, rendering cleanly
 #   runpath    no program of the build or installed tree loads libraries planted in the working folder
 # Usage: install_test.sh MODE BUILD_DIR SOURCE_DIR CMAKE C_COMPILER [SKIP_REASON] (non-empty: exit 77)
@@ -32,15 +31,12 @@ run_consumers() {
 }
 
 run_player() {
-  local tree
-  for tree in "$prefix" "$work/moved"; do
-    [ -d "$tree" ] || mv "$prefix" "$tree"
-    ! grep -q 'libkesh_pattern_25.so => /' <<<"$(ldd "$tree/libexec/kesh_player/kesh_player")" ||
-      fail "the player proper finds a libkesh_pattern_25.so of its own"
-    grep -q "calling init: $(readlink -f "$tree")/.*/libkesh_pattern_25.so" \
-      <<<"$(LD_DEBUG=libs "$tree/bin/kesh_player" -h 2>&1)" ||
-      fail "$tree/bin/kesh_player does not load the tree's host library"
-  done
+  local tree=$work/moved
+  mv "$prefix" "$tree"
+  ! grep -q 'libkesh_pattern_25.so => /' <<<"$(ldd "$tree/libexec/kesh_player/kesh_player")" ||
+    fail "the player proper finds a libkesh_pattern_25.so of its own"
+  grep -q "calling init: $(readlink -f "$tree")/.*/libkesh_pattern_25.so" \
+    <<<"$(LD_DEBUG=libs "$tree/bin/kesh_player" -h 2>&1)" || fail "kesh_player does not load the tree's host library"
 }
 
 run_manpages() {
@@ -60,8 +56,7 @@ run_runpath() {
   done
   for tree in "$build/bin" "$prefix/bin"; do
     while IFS= read -r -d '' program; do
-      [ "$(head -c 4 "$program" | tail -c 3)" != ELF ] || ! (cd "$planted" && ldd "$program") | grep -F "$planted" ||
-        fail "$program resolves a planted library"
+      ! (cd "$planted" && ldd "$program" 2>/dev/null) | grep -F "$planted" || fail "$program resolves a planted library"
     done < <(find "$tree" -type f -perm -u+x -print0)
     (cd "$planted" && "$tree/kesh_player" -t 0 >/dev/null) ||
       fail "$tree/kesh_player -t 0 failed or ran a planted library"
