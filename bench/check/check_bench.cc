@@ -18,9 +18,8 @@ std::string commandFile(int64_t lines) {
   const fs::path dir = fs::temp_directory_path() / "kesh_check_bench", data = KESH_CASE_DATA_DIR;
   fs::create_directories(dir);
   fs::current_path(dir);
-  const auto overwrite = fs::copy_options::overwrite_existing;
-  fs::copy_file(data / "case5_in_GI_65542.bin", "GI_65542.bin", overwrite);
-  fs::copy_file(data / "case5_golden_GO_65548.bin", "GO_65548.bin", overwrite);
+  fs::copy_file(data / "case5_in_GI_65542.bin", "GI_65542.bin", fs::copy_options::overwrite_existing);
+  fs::copy_file(data / "case5_golden_GO_65548.bin", "GO_65548.bin", fs::copy_options::overwrite_existing);
   const std::string file = "commands_" + std::to_string(lines) + ".txt";
   std::ofstream out(file);
   for (int64_t i = 0; i < lines; ++i)

@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
-# Wall time of `kesh_player -t 0 ... -t 5 -l RUNS` run directly and under kesh_report (writing JUnit
-# and JSON), alternating, REPEAT times each: the medians and their ratio (the goal is at most 1.05).
-# Usage: bench/report/pass_through_bench.sh [BUILD_DIR] [RUNS] [REPEAT]
+# Usage: pass_through_bench.sh [BUILD_DIR] [RUNS] [REPEAT]. Wall time of `kesh_player -t 0 ... -t 5 -l RUNS`
+# directly and under kesh_report (JUnit and JSON), alternating: the medians and their ratio (goal: at most 1.05).
 set -euo pipefail
 build=${1:-build/default} runs=${2:-200} repeat=${3:-5}
 player=$build/bin/kesh_player report=$build/bin/kesh_report work=$(mktemp -d) TIMEFORMAT=%R

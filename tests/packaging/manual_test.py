@@ -1,8 +1,6 @@
 #!/usr/bin/env python3
-"""kesh_player(1) against the tool: USAGE TEXT is what `kesh_player -h` prints and each long option has an
-item; every line printed in the scenarios has a form in OUTPUT or DIAGNOSTICS, on the stream the page says,
-and every form is printed. A form is a .B/.BI line whose first argument is quoted: bold parts literal.
-Usage: manual_test.py PAGE KESH_PLAYER KESH_PATTERN_ASM"""
+"""Usage: manual_test.py PAGE KESH_PLAYER KESH_PATTERN_ASM. The page's USAGE TEXT is `kesh_player -h`, with an
+item per long option; lines printed and line forms of OUTPUT/DIAGNOSTICS match both ways, stream included."""
 import pathlib
 import re
 import shlex
@@ -15,17 +13,17 @@ RUN_PREFIX, DIFF_ROW = re.compile(r"^\[\d+(/\d+)?\] "), re.compile(r"^([0-9a-f]{
 ADD10 = ("arg in index=1 size=16\narg out index=2 size=16\narg spare index=3 size=16\n"
          "unary func=addi type=u8 dst=arg:out src=arg:in count=16 imm=10\n")
 SETS = "--command sets.txt "
-SCENARIOS = [  # arguments, command file text (or None), exit status
+SCENARIOS = [  # arguments, command file text, exit status
     (SETS + "-r -l 2 -t 5 -b -1 -c 0 -a 100000000 -s 100000000", "-t 4 -g 1 -l 2\n-t 0 -b 50 -g 1 --pack\n", 0),
-    ("-f add10.bin -i in.bin -o out.bin -b 50", None, 255),  # the golden differs, "spare" is not set
-    ("-t 9", None, 1),
-    ("-i in.bin", None, 1),
+    ("-f add10.bin -i in.bin -o out.bin -b 50", "", 255),  # the golden differs, "spare" is not set
+    ("-t 9", "", 1),
+    ("-i in.bin", "", 1),
     (SETS, "-t 0 -r\n", 1),
-    ("-f missing.bin", None, 1),
+    ("-f missing.bin", "", 1),
     (SETS, "-t 0 -l 64\n", 1),
     (SETS, "-t 4 -g 1 -l 63\n-t 4 -g 1\n", 1),
-    ("-t", None, 1),
-    ("-t 0 -b 101", None, 1),
+    ("-t", "", 1),
+    ("-t 0 -b 101", "", 1),
 ]
 
 
@@ -54,10 +52,10 @@ def main():
     parts = {unescape(name.strip().strip('"')): body.splitlines() for name, body in zip(split[1::2], split[2::2])}
     usage = parts["USAGE TEXT"]
     expected = "".join(unescape(line) + "\n" for line in usage[usage.index(".EX") + 1:usage.index(".EE")])
-    done = subprocess.run([player, "-h"], capture_output=True, text=True)
-    failures = [] if (done.returncode, done.stdout) == (0, expected) else ["usage text: %r" % done.stdout]
+    ran = subprocess.run([player, "-h"], capture_output=True, text=True)
+    failures = [] if (ran.returncode, ran.stdout) == (0, expected) else ["usage text: %r" % ran.stdout]
     described = set(re.findall(r'^\.TP\n\.B[IR]? (?:\\-[a-z] ", " )?\\-\\-([a-z_]+)', source, flags=re.M))
-    failures += ["no item for --" + option for option in set(re.findall(r"--([a-z_]+)", done.stdout)) - described]
+    failures += ["no item for --" + option for option in set(re.findall(r"--([a-z_]+)", ran.stdout)) - described]
     all_forms = forms(parts["OUTPUT"], "stdout") + forms(parts["DIAGNOSTICS"], "stderr")
     seen = set(NOT_PROVOKED)
     with tempfile.TemporaryDirectory() as work:
@@ -65,13 +63,11 @@ def main():
             pathlib.Path(work, name).write_text(data)
         subprocess.run([assembler, "assemble", "add10.kasm", "-o", "add10.bin"], cwd=work, check=True)
         for args, command_file, status in SCENARIOS:
-            if command_file is not None:
-                pathlib.Path(work, "sets.txt").write_text(command_file)
-            done = subprocess.run([player] + args.split(), cwd=work, capture_output=True, text=True, timeout=300)
-            if done.returncode != status:
-                failures.append("%s: status %d, not %d\n%s%s" % (args, done.returncode, status, done.stdout,
-                                                                  done.stderr))
-            for stream, text in (("stdout", done.stdout), ("stderr", done.stderr)):
+            pathlib.Path(work, "sets.txt").write_text(command_file)
+            ran = subprocess.run([player] + args.split(), cwd=work, capture_output=True, text=True, timeout=300)
+            if ran.returncode != status:
+                failures.append("%s: status %d, not %d\n%s" % (args, ran.returncode, status, ran.stdout + ran.stderr))
+            for stream, text in (("stdout", ran.stdout), ("stderr", ran.stderr)):
                 for line in (RUN_PREFIX.sub("", line) for line in text.splitlines() if not DIFF_ROW.match(line)):
                     matching = [form for form in all_forms if form[0].match(line)]
                     seen.update(form[1] for form in matching)
