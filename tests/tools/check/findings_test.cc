@@ -83,6 +83,8 @@ const FindingRow kRows[] = {
     {"BoostOutOfRange", line("") + line(" -b 101"), {},
      "c.txt:2: error: boost value 101 of pattern 'copy.bin' is out of range 0..100 (-1 for random)" +
      stops("Failed to set pattern option 0"), 1, 1},
+    {"LimitNegative", line(" -s -1"), {},
+     "c.txt:1: error: soft limit -1 is negative" + stops("Failed to set graph option 1"), 1, 1},
     {"RandomBoostOverriddenByLaterNumber", std::string(kGood) + " -b -1 " + line(" -b 7"), {},
      "c.txt:1: error: boost value -1 of pattern 'copy.bin' is not drawn at random, because a later -b gave a "
      "number" + stops("Failed to set pattern option 0"), 1, 1},
@@ -102,6 +104,8 @@ const FindingRow kRows[] = {
      "<command line>: error: option '--versoin' is not an option of kesh_player: it would be ignored\n"
      "<command line>: error: option '--h' is not an option of kesh_player: it would be ignored\n"
      "<command line>: error: word 'stray' is not an option of kesh_player: it would be ignored\n", 1, 0},
+    {"RunCountZero", "", {"-t", "0", "-l", "0"},
+     "<command line>: error: loop count 0: no run would happen, and kesh_player would end with status 0\n", 1},
     {"HelpRunsNothing", "", {"-t", "0", "-h"},
      "<command line>: warning: -h: kesh_player would print its help text and run nothing\n", 0},
     {"BuiltInCaseRefused", "", {"-t", "6"}, "<command line>: error" + stops("Invalid mode: 6"), 1, 1},

@@ -147,8 +147,7 @@ TEST_P(Report, PassesThroughAndWritesResults) {
 
   // The same run, both streams in one log, read back as a device's log would be.
   writeText("direct.log", direct.out + direct.err);
-  const std::string status = std::to_string(row.status);
-  report("--log direct.log --status " + status + " --junit log.xml -- kesh_player " + row.args);
+  report("--log direct.log --status " + std::to_string(row.status) + " --junit log.xml -- kesh_player " + row.args);
   EXPECT_EQ(attribute(readFile(dir_ + "/log.xml"), "tests"), row.tests);
 }
 
