@@ -28,18 +28,18 @@ TEST(AbnormalEnd, IsToldFromTheStatusOrFromFatalLinesAndTheSignal) {
   EXPECT_EQ(abnormalEnd(results), "Failed to play pattern; killed by signal 11 (Segmentation fault)");
 }
 
-// 20 values given unsorted: an even count's median is the midpoint, p95 is by nearest rank.
+// 22 values given unsorted: an even count's median is the midpoint, p95 is the nearest rank above 20.9.
 TEST(SpreadOf, OrderStatisticsAndMoments) {
   std::vector<int64_t> values;
-  for (int64_t k = 20; k >= 1; --k) values.push_back(k);
+  for (int64_t k = 22; k >= 1; --k) values.push_back(k);
   const Spread spread = spreadOf(values);
-  EXPECT_EQ(spread.count, 20u);
+  EXPECT_EQ(spread.count, 22u);
   EXPECT_EQ(spread.min, 1);
-  EXPECT_DOUBLE_EQ(spread.median, 10.5);
-  EXPECT_DOUBLE_EQ(spread.mean, 10.5);
-  EXPECT_EQ(spread.p95, 19);
-  EXPECT_EQ(spread.max, 20);
-  EXPECT_NEAR(spread.stddev, 5.766281297335398, 1e-9);
+  EXPECT_DOUBLE_EQ(spread.median, 11.5);
+  EXPECT_DOUBLE_EQ(spread.mean, 11.5);
+  EXPECT_EQ(spread.p95, 21);
+  EXPECT_EQ(spread.max, 22);
+  EXPECT_NEAR(spread.stddev, 6.344288770224761, 1e-9);
   std::vector<int64_t> none;
   EXPECT_EQ(spreadOf(none).max, 0);
 }
