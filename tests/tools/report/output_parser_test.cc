@@ -40,7 +40,7 @@ const char kGroupA[] =
     "Result does not match golden data.\n"
     "Diff:\n"
     "0 0 5a 0  0 0 0 0  0 0 0 0  0 0 0 0 \n"
-    "0 0 0 ff Test failed for argument out\n";
+    "ff ff ff ff  ff ff ff ff  ff ff ff ff  ff ff ff ff Test failed for argument out\n";
 
 const char kGroupB[] =
     "Running command:  -f a.bin -l 2\n"
@@ -54,48 +54,36 @@ const char kGroupB[] =
     "Test passed for argument out\n"
     "Golden data not found for argument in\n"
     "Skip compare golden of argument in\n"
-    "Test passed for argument out\n";
-
-Results parse(const Plan& plan, const std::string& out, size_t chunk = 0) {
-  OutputParser parser(plan);
-  if (chunk == 0) chunk = out.size();
-  for (size_t at = 0; at < out.size(); at += chunk)
-    parser.feedStdout(out.data() + at, std::min(chunk, out.size() - at));
-  parser.finish(0, 0);
-  return parser.results();
-}
-
-// "out@1 failed 20:2:1..19:2": the argument, its pattern's position, the
-// outcome and for a listing its bytes, differing bytes, range and values kept.
-std::string verdictText(const Verdict& verdict) {
-  std::ostringstream text;
-  text << verdict.arg << '@' << verdict.pattern << ' '
-       << (verdict.outcome == Outcome::kPassed ? "passed" : verdict.outcome == Outcome::kFailed ? "failed" : "skipped");
-  const DiffSummary& diff = verdict.diff;
-  if (verdict.hasDiff)
-    text << ' ' << diff.listedBytes << ':' << diff.differing << ':' << diff.firstOffset << ".." << diff.lastOffset
-         << ':' << diff.firstValues.size();
-  return text.str();
-}
+    "Result does not match golden data.\n"
+    "Diff:\n"
+    "7 Test failed for argument out\n";
 
 // A line per standard error line kept, per unknown line, per run (its number,
-// end, group order and each group's first execution) and per execution (its
-// set, IP time@end timestamp per pattern, verdicts).
+// end, group order and each group's first execution) and per execution: its set,
+// IP time@end timestamp per pattern, and verdicts as "out@1 failed 20:2:1..19:2"
+// (argument@pattern, outcome, and for a listing: bytes:differing:range:values kept).
 std::string sketch(const Results& results) {
+  static const char* const kOutcomes[] = {"passed", "failed", "skipped"};
+  static const char* const kEnds[] = {" incomplete", "", " failed"};
   std::ostringstream text;
   for (const std::string& line : results.notices) text << "notice: " << line << '\n';
   for (const std::string& line : results.fatal) text << "fatal: " << line << '\n';
   for (const UnknownLine& line : results.unknown)
-    text << (line.onStderr ? "unknown on stderr: " : "unknown: ") << line.text << '\n';
+    text << "unknown" << (line.onStderr ? " on stderr: " : ": ") << line.text << '\n';
   for (const report::Run& run : results.runs) {
-    text << "run " << run.number << (run.end == RunEnd::kIncomplete ? " incomplete" : "")
-         << (run.end == RunEnd::kFailed ? " failed" : "") << " groups";
+    text << "run " << run.number << kEnds[static_cast<int>(run.end)] << " groups";
     for (size_t k = 0; k < run.groupOrder.size(); ++k) text << ' ' << run.groupOrder[k] << '@' << run.groupStarts[k];
     text << '\n';
     for (const Execution& execution : run.executions) {
       text << "  set " << execution.set << (execution.completed ? "" : " unfinished");
       for (const PatternTimes& times : execution.times) text << ' ' << times.ipMicros << '@' << times.end;
-      for (const Verdict& verdict : execution.verdicts) text << ", " << verdictText(verdict);
+      for (const Verdict& verdict : execution.verdicts) {
+        const DiffSummary& diff = verdict.diff;
+        text << ", " << verdict.arg << '@' << verdict.pattern << ' ' << kOutcomes[static_cast<int>(verdict.outcome)];
+        if (verdict.hasDiff)
+          text << ' ' << diff.listedBytes << ':' << diff.differing << ':' << diff.firstOffset << ".." << diff.lastOffset
+               << ':' << diff.firstValues.size();
+      }
       text << '\n';
     }
   }
@@ -104,74 +92,32 @@ std::string sketch(const Results& results) {
 
 // Fed whole or in pieces of any size, the same attribution: "out" of a.bin
 // passed, "out" of b.bin failed, the same name told apart by order; a shuffled
-// run's groups are found by their first command.
-TEST(OutputParser, AttributesVerdictsToExecutionsAndPatterns) {
-  const std::string out = std::string("[1/2] Test pattern start...\n") + kGroupA + kGroupB +
-                          "[1/2] Test pattern failed!!!\n[2/2] Test pattern start...\n" + kGroupB + kGroupA +
-                          "[2/2] Test pattern failed!!!";
-  const std::string groupA = "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n";
-  const std::string groupB = "  set 1 30@-1, in@0 skipped, out@0 passed\n  set 1 40@-1, in@0 skipped, out@0 passed\n";
-  for (size_t chunk : {0u, 1u, 7u, 64u}) {
-    const Results results = parse(twoSets(), out, chunk);
-    EXPECT_EQ(sketch(results),
-              "run 1 failed groups 0@0 1@1\n" + groupA + groupB + "run 2 failed groups 1@0 0@2\n" + groupB + groupA)
-        << "chunk " << chunk;
-    EXPECT_EQ(results.failedVerdicts, 2u);
-  }
-}
-
-std::string sixteen(const char* value) {
-  std::string line;
-  for (int k = 0; k < 16; ++k) line += std::string(value) + (k % 4 == 3 && k < 15 ? "  " : " ");
-  return line + "\n";
-}
-
-// A listing, from the line after "Diff:" to the verdict that ends its last line, boiled down.
-TEST(OutputParser, SummarisesDiffListings) {
-  const struct {
-    std::string listing, verdict;
-  } kRows[] = {
-      {sixteen("0") + sixteen("ff") + "Test failed for argument out\n", "out@0 failed 32:16:16..31:8"},
-      {"0 1 0 0  0 0 0 0  0 0 0 0  0 0 0 0 \n0 0 0 80 Test failed for argument out\n", "out@0 failed 20:2:1..19:2"},
-      {"7 Test failed for argument out\n", "out@0 failed 1:1:0..0:1"},
-  };
-  Plan plan;
-  plan.sets = {{"<command line>", " -f a.bin", {{"a.bin", {{"out", 64, ""}}, true}}}};
-  plan.groups = {{0}};
-  for (const auto& row : kRows) {
-    const Results results = parse(plan,
-                                  "Test pattern start...\nRunning command:  -f a.bin\n"
-                                  "Execution info of command:  -f a.bin\nResult does not match golden data.\nDiff:\n" +
-                                      row.listing);
-    EXPECT_EQ(sketch(results), "run 1 incomplete groups 0@0\n  set 0 -1@-1, " + row.verdict + "\n") << row.listing;
-  }
-}
-
-TEST(OutputParser, SortsStandardErrorAndFlagsUnknownLines) {
-  const Plan plan = twoSets();
-  OutputParser parser(plan);
+// run's groups are found by their first command; listings of one byte and of
+// whole lines boiled down; standard error sorted into notices and fatal lines,
+// and lines of neither stream's grammar flagged.
+TEST(OutputParser, AttributesVerdictsAndSortsLines) {
+  const std::string out = std::string("Pattern binary: a.bin\nnot a line of the tool\n[1/2] Test pattern start...\n") +
+                          kGroupA + kGroupB + "[1/2] Test pattern failed!!!\n[2/2] Test pattern start...\n" + kGroupB +
+                          kGroupA + "[2/2] Test pattern failed!!!";
   const std::string err =
       "Pattern argument in not set\nFailed to add pattern to graph\nFailed to play pattern\nsomething else\n";
-  parser.feedStderr(err.data(), err.size());
-  const std::string out = "Pattern binary: a.bin\nTest default case: 7\nnot a line of the tool\n";
-  parser.feedStdout(out.data(), out.size());
-  parser.finish(1, 0);
-  EXPECT_EQ(sketch(parser.results()),
-            "notice: Pattern argument in not set\nnotice: Failed to add pattern to graph\n"
-            "fatal: Failed to play pattern\nunknown on stderr: something else\nunknown: not a line of the tool\n");
-}
-
-TEST(OutputParser, ReadsAMergedLogCutOffByACrash) {
+  const std::string groupA = "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 32:17:2..31:8\n";
+  const std::string groupB =
+      "  set 1 30@-1, in@0 skipped, out@0 passed\n  set 1 40@-1, in@0 skipped, out@0 failed 1:1:0..0:1\n";
   const Plan plan = twoSets();
-  OutputParser parser(plan);
-  const std::string log = std::string("Test pattern start...\n") + kGroupA + "Running command:  -f a.bin -l 2\n";
-  parser.feedLog(log.data(), log.size());
-  parser.finish(139, 11);
-  EXPECT_EQ(sketch(parser.results()),
-            "run 1 incomplete groups 0@0 1@1\n"
-            "  set 0 10@112 20@134, in@0 skipped, out@0 passed, out@1 failed 20:2:2..19:2\n"
-            "  set 1 unfinished -1@-1\n");
-  EXPECT_EQ(parser.results().signal, 11);
+  for (size_t chunk : {1u, 7u, 64u, 100000u}) {
+    OutputParser parser(plan);
+    for (size_t at = 0; at < out.size(); at += chunk)
+      parser.feedStdout(out.data() + at, std::min(chunk, out.size() - at));
+    parser.feedStderr(err.data(), err.size());
+    parser.finish(1, 0);
+    EXPECT_EQ(sketch(parser.results()),
+              "notice: Pattern argument in not set\nnotice: Failed to add pattern to graph\n"
+              "fatal: Failed to play pattern\nunknown: not a line of the tool\nunknown on stderr: something else\n"
+              "run 1 failed groups 0@0 1@1\n" + groupA + groupB + "run 2 failed groups 1@0 0@2\n" + groupB + groupA)
+        << "chunk " << chunk;
+    EXPECT_EQ(parser.results().failedVerdicts, 4u);
+  }
 }
 
 }  // namespace
