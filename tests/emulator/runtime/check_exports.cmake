@@ -23,6 +23,8 @@ string(REPLACE "\n" ";" symbols "${symbols}")
 set(exported "")
 foreach(line IN LISTS symbols)
   string(REGEX REPLACE "^[0-9a-fA-F]* *[A-Za-z] " "" name "${line}")
+  # The version's own symbol: GNU nm prints its bare name, LLVM's adds the version.
+  string(REGEX REPLACE "^KESH_PATTERN@@KESH_PATTERN$" "KESH_PATTERN" name "${name}")
   list(APPEND exported "${name}")
 endforeach()
 list(SORT expected)
