@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
 
 #include "reference_ops.h"
@@ -40,17 +39,9 @@ void expectMatchesReference(const Case& c, std::mt19937& rng, std::vector<uint8_
                            << c.rowBegin << ".." << c.rowEnd << " weights " << ::testing::PrintToString(c.weights);
 }
 
-std::vector<int16_t> randomWeights(std::mt19937& rng, uint32_t k, int64_t lo, int64_t hi) {
+std::vector<int16_t> randomWeights(std::mt19937& rng, uint32_t k, int lo, int hi) {
   std::vector<int16_t> w(k * k);
-  for (int16_t& v : w) v = static_cast<int16_t>(randomIn(rng, lo, hi));
-  return w;
-}
-
-std::vector<int16_t> outer(const std::vector<int16_t>& column, const std::vector<int16_t>& row) {
-  std::vector<int16_t> w;
-  for (int16_t u : column) {
-    for (int16_t v : row) w.push_back(static_cast<int16_t>(u * v));
-  }
+  for (int16_t& v : w) v = static_cast<int16_t>(std::uniform_int_distribution<int>(lo, hi)(rng));
   return w;
 }
 
@@ -109,21 +100,23 @@ TEST_P(Conv2DTest, SumsAtTheEdgesOfSixteenBitLanesStayExact) {
 }
 
 // Rank-1 weights take the separable path: binomial, signed, with a common
-// factor in the pivot row, all zero, and one near miss that is not rank 1.
+// factor in the pivot row, all zero, and a near miss in the last weight.
 TEST_P(Conv2DTest, SeparableWeightsMatchReference) {
   std::mt19937 rng(23);
   const std::vector<std::pair<std::vector<int16_t>, std::vector<int16_t>>> factors = {
-      {{1, 2, 1}, {1, 2, 1}}, {{1, 4, 6, 4, 1}, {1, 4, 6, 4, 1}}, {{-1, 0, 1}, {1, 2, 1}},
-      {{3, -6, 3}, {-2, 4, -2}}, {{0, 0, 1, 0, 0}, {7, -3, 0, 3, -7}}, {{2, 3, 2}, {-5, 0, 5}}, {{0, 0, 0}, {0, 0, 0}}};
+      {{1, 4, 6, 4, 1}, {1, 4, 6, 4, 1}}, {{-1, 0, 1}, {1, 2, 1}}, {{3, -6, 3}, {-2, 4, -2}},
+      {{0, 0, 1, 0, 0}, {7, -3, 0, 3, -7}}, {{0, 0, 0}, {0, 0, 0}}};
   for (const auto& [column, row] : factors) {
-    const uint32_t k = static_cast<uint32_t>(column.size());
-    for (const auto& [w, h] : {std::pair{40u, 6u}, {33u, 3u}, {100u, 7u}, {3u, 3u}}) {
-      for (int32_t bias : {0, -700, 900}) {
-        expectMatchesReference({w, h, k, outer(column, row), 4, bias, 0, h, 2}, rng);
-        std::vector<int16_t> nearMiss = outer(column, row);
-        nearMiss.back() += 1;  // the last weight, where a check loop ends
-        expectMatchesReference({w, h, k, nearMiss, 4, bias, 1, h, 0}, rng);
-      }
+    std::vector<int16_t> w;
+    for (int16_t u : column) {
+      for (int16_t v : row) w.push_back(static_cast<int16_t>(u * v));
+    }
+    for (const auto& [width, h] : {std::pair{40u, 6u}, {33u, 3u}, {3u, 3u}}) {
+      const uint32_t k = static_cast<uint32_t>(column.size());
+      expectMatchesReference({width, h, k, w, 4, -700, 0, h, 2}, rng);
+      std::vector<int16_t> nearMiss = w;
+      nearMiss.back() += 1;
+      expectMatchesReference({width, h, k, nearMiss, 4, 900, 1, h, 0}, rng);
     }
   }
 }

@@ -1,21 +1,18 @@
 #include "kernels/elementwise.h"
-#include "kernels/lut.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <functional>
+#include <random>
 #include <string>
 
 #include "reference_ops.h"
-#include "test_support.h"
 
 namespace kesh::kernels {
 namespace {
 
 using format::BinaryFunc;
 using format::UnaryFunc;
-using namespace testing;  // NOLINT: random data
 
 struct TypeInfo {
   format::DType type;
@@ -35,8 +32,8 @@ std::pair<std::vector<int64_t>, std::vector<int64_t>> operands(const TypeInfo& t
   for (int64_t a : edges) x.insert(x.end(), edges.size(), a);
   for (size_t i = 0; i < edges.size(); ++i) y.insert(y.end(), edges.begin(), edges.end());
   for (int i = 0; i < 200; ++i) {
-    x.push_back(randomIn(rng, t.lo, t.hi));
-    y.push_back(randomIn(rng, t.lo, t.hi));
+    x.push_back(std::uniform_int_distribution<int64_t>(t.lo, t.hi)(rng));
+    y.push_back(std::uniform_int_distribution<int64_t>(t.lo, t.hi)(rng));
   }
   return {x, y};
 }
@@ -89,17 +86,6 @@ TEST(ElementwiseTest, EveryFunctionTypeAndImmediateMatchesReference) {
           [&](int64_t a, int64_t b) { return gencases::referenceBinary(f, t.type, a, b); }, "binary " + std::to_string(func) + type);
     }
   }
-}
-
-TEST(LutTest, EveryByteMapsThroughTheTableOutOfPlaceAndInPlace) {
-  std::mt19937 rng(41);
-  const std::vector<uint8_t> table = randomBytes(rng, 256);
-  std::vector<uint8_t> src(259), dst(262, 0xEE), expected = dst;  // every byte, and a tail past 256
-  for (size_t i = 0; i < src.size(); ++i) expected[i] = table[src[i] = static_cast<uint8_t>(255 - i)];
-  lut(dst.data(), src.data(), src.size(), table.data());
-  lut(src.data(), src.data(), src.size(), table.data());
-  EXPECT_EQ(dst, expected);
-  EXPECT_TRUE(std::equal(src.begin(), src.end(), expected.begin())) << "in place";
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
-// Helpers of the kernel tests: deterministic random data, and a fixture that
-// runs a test once per SIMD target compiled in and supported by this CPU.
-// Not thread-safe: each test owns its generator, and the target is process-wide.
+// Helpers of the kernel tests: random bytes, and a fixture that runs a test once
+// per SIMD target built and supported here. Not thread-safe: the target is process-wide.
 #ifndef KESH_TESTS_EMULATOR_KERNELS_TEST_SUPPORT_H_
 #define KESH_TESTS_EMULATOR_KERNELS_TEST_SUPPORT_H_
 
@@ -19,12 +18,7 @@ inline std::vector<uint8_t> randomBytes(std::mt19937& rng, size_t count) {
   return bytes;
 }
 
-inline int64_t randomIn(std::mt19937& rng, int64_t lo, int64_t hi) {
-  return std::uniform_int_distribution<int64_t>(lo, hi)(rng);
-}
-
-// The kernels dispatch to the target chosen here for the test's duration
-// (where only one target is built, that one).
+// The kernels dispatch to the parameter's target for the test's duration.
 class EveryTarget : public ::testing::TestWithParam<int64_t> {
 #ifdef KESH_SIMD_DYNAMIC_DISPATCH
  protected:

@@ -1,9 +1,10 @@
 // The C entry points where the tool never goes: argument-information buffers
-// of the wrong size, bad handles, calls out of order, options out of range.
+// of the wrong size, bad handles, calls out of order; and jobs on the cores:
+// node order, limits and the job lifecycle (run with KESH_EMU_CORES=2).
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
+#include <vector>
 
 #include "testing/pattern_calls.h"
 #include "testing/sample_patterns.h"
@@ -15,6 +16,18 @@ using namespace kesh::testing;  // NOLINT: the sample patterns and API helpers
 
 class ApiTest : public ::testing::Test {
  protected:
+  /// A graph of `count` nodes of a conv long enough to still run when queried.
+  _pattern_graph* convGraph(size_t count, std::vector<_pattern_node_handle*>* nodes) {
+    constexpr uint32_t kWidth = 3840, kHeight = 2160;
+    _pattern_graph* graph = buildGraph(player_, loadPattern(player_, convPattern(kWidth, kHeight)), nodes, count);
+    for (auto* node : *nodes) {
+      if (!bindFilled(player_, node, 0, kWidth * kHeight, 9) || !bindFilled(player_, node, 1, kWidth * kHeight, 0)) {
+        return nullptr;
+      }
+    }
+    return graph;
+  }
+
   _kesh_player* player_ = keshCreatePlayer("KESH pattern tester");
 };
 
@@ -79,17 +92,47 @@ TEST_F(ApiTest, GraphsFollowTheBuildOrder) {
   EXPECT_NE(keshPlayPatternGraph(player_, graph, 0, &job), 0) << "a node was destroyed";
 }
 
-TEST_F(ApiTest, OptionsOutOfRangeFailTheSetter) {
+// Values past the ends are refused in the checker's findings, run through the tool.
+TEST_F(ApiTest, OptionsAcceptTheEndsOfTheirRanges) {
   _pattern_node_handle* node = nullptr;
   _pattern_graph* graph = singleNodeGraph(player_, loadPattern(player_, copyPattern(16, 7, 3)), &node);
-  const int cores = static_cast<int>(std::thread::hardware_concurrency());  // KESH_EMU_CORES is unset here
   EXPECT_EQ(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_BOOST, 100), 0);
-  EXPECT_EQ(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_CORE_AFFINITY, cores - 1), 0);
+  EXPECT_EQ(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_CORE_AFFINITY, 1), 0) << "the last of two cores";
   EXPECT_EQ(keshSetPatternGraphOption(graph, PATTERN_GRAPH_OPTION_SOFT_LIMIT, 0), 0);
-  EXPECT_NE(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_BOOST, 101), 0);
-  EXPECT_NE(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_CORE_AFFINITY, cores), 0);
-  EXPECT_NE(keshSetPatternNodeOption(node, PATTERN_NODE_OPTION_CORE_AFFINITY, -2), 0);
-  EXPECT_NE(keshSetPatternGraphOption(graph, PATTERN_GRAPH_OPTION_HARD_LIMIT, -1), 0);
+}
+
+TEST_F(ApiTest, UnpackedNodesRunInOrderAndHardLimitFailsTheJobWhereSoftOnlyRecords) {
+  std::vector<_pattern_node_handle*> nodes;
+  _pattern_graph* graph = convGraph(3, &nodes);
+  ASSERT_NE(graph, nullptr);
+  _pattern_job* job = nullptr;
+  const auto start = [&](size_t i) { return execInfo(job, nodes[i], PATTERN_NODE_EXEC_INFO_START_TIMESTAMP); };
+  ASSERT_EQ(keshSetPatternGraphOption(graph, PATTERN_GRAPH_OPTION_SOFT_LIMIT, 1), 0);
+  ASSERT_EQ(playAndWait(player_, graph, &job), 0);
+  for (size_t i = 1; i < nodes.size(); ++i) {
+    EXPECT_GE(start(i), execInfo(job, nodes[i - 1], PATTERN_NODE_EXEC_INFO_END_TIMESTAMP)) << i;
+  }
+  ASSERT_EQ(keshSetPatternGraphOption(graph, PATTERN_GRAPH_OPTION_HARD_LIMIT, 1), 0);
+  EXPECT_NE(playAndWait(player_, graph, &job), 0);
+  EXPECT_NE(keshWaitPatternJob(job), 0) << "waiting again gives the same answer";
+  EXPECT_EQ(start(1), 0) << "the job stops at the limit";
+  ASSERT_EQ(keshSetPatternGraphOption(graph, PATTERN_GRAPH_OPTION_HARD_LIMIT, 60 * 1000000), 0);
+  EXPECT_EQ(playAndWait(player_, graph, &job), 0);
+}
+
+TEST_F(ApiTest, UnfinishedJobsCannotBeQueriedOrReleased) {
+  std::vector<_pattern_node_handle*> nodes;
+  _pattern_graph* graph = convGraph(4, &nodes);
+  ASSERT_NE(graph, nullptr);
+  _pattern_job* job = nullptr;
+  ASSERT_EQ(keshPlayPatternGraph(player_, graph, 0, &job), 0);
+  int64_t value = 0;
+  EXPECT_NE(keshGetPatternNodeExecInfo(job, nodes[3], PATTERN_NODE_EXEC_INFO_IP_TIME, &value), 0);
+  EXPECT_NE(keshDestroyPatternJob(job), 0);
+  EXPECT_NE(keshDestroyPlayer(player_), 0);
+  ASSERT_EQ(keshWaitPatternJob(job), 0);
+  EXPECT_EQ(keshDestroyPatternJob(job), 0);
+  EXPECT_EQ(keshDestroyPlayer(player_), 0);
 }
 
 }  // namespace

@@ -85,9 +85,8 @@ TEST_F(MemoryTest, NoAllocArgumentsStartZeroedOnEveryRun) {
   }
 }
 
-// A program that copies more than an argument's size into its mapping, or
-// reads more back, must fault on the first byte past the mapping, in the
-// trailing guard page, before it can corrupt anything behind it.
+// Copying more than an argument's size into its mapping, or reading more back,
+// faults on the first byte past it, in the guard page, before it can corrupt anything.
 struct OverrunRow {
   const char* name;
   bool write;     ///< copies an input in (else reads a golden's length back)
@@ -125,19 +124,10 @@ int overrun(const OverrunRow& row, size_t excess) {
   return 2;
 }
 
-#ifndef __has_feature
-#define __has_feature(x) 0  // compilers without it
-#endif
-#if defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
-constexpr bool kAddressSanitized = true;  // it checks the copy's whole range itself, before the copy
-#else
-constexpr bool kAddressSanitized = false;
-#endif
-
 class GuardPageTest : public ::testing::TestWithParam<OverrunRow> {};
 
 TEST_P(GuardPageTest, OverrunFaultsInTheGuardPageAfterTheMapping) {
-  if (kAddressSanitized) GTEST_SKIP() << "the sanitizer reports the overrun in its own way";
+  if (KESH_SANITIZED) GTEST_SKIP() << "the sanitizers report the overrun in their own way";
   const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
   const size_t excess = GetParam().excess == 0 ? page : GetParam().excess;
   ChildTask task;
