@@ -97,8 +97,8 @@ TEST_P(Conv2DTest, MatchesReferenceAtEverySizeBorderRowRangeAndExtreme) {
 
 // Weights and biases at the edges of the 16-bit window: the widest sums that
 // still fit it, one step past, and shifts whose halves round upwards for
-// negative sums too.
-TEST_P(Conv2DTest, SumsAtTheEdgesOfSixteenBitLanesStayExact) {
+// negative sums too. Rank-1 weights take the separable path.
+TEST_P(Conv2DTest, SumsAtTheEdgesOfSixteenBitLanesAndSeparableWeightsStayExact) {
   std::mt19937 rng(22);
   struct Row {
     std::vector<int16_t> weights;
@@ -115,34 +115,18 @@ TEST_P(Conv2DTest, SumsAtTheEdgesOfSixteenBitLanesStayExact) {
       {{0, 0, 0, 0, 1, 0, 0, 0, 0}, 15, 16383},      // largest 16-bit shift
       {{0, 0, 0, 0, 1, 0, 0, 0, 0}, 16, 0},          // first shift past 16 bits
       {{0, 0, 0, 0, 0, 0, 0, 0, 0}, 3, -4},          // bias only: rounds -4 / 8 to 0
+      {{-1, -2, -1, 0, 0, 0, 1, 2, 1}, 4, -700},     // rank 1
+      {{-1, -2, -1, 0, 0, 0, 1, 2, 2}, 4, 900},      // rank 1 but for the last weight
+      {{-6, 12, -6, 12, -24, 12, -6, 12, -6}, 4, 0},  // rank 1, a common factor in the pivot row
+      {{1, 4, 6, 4, 1, 4, 16, 24, 16, 4, 6, 24, 36, 24, 6, 4, 16, 24, 16, 4, 1, 4, 6, 4, 1}, 8, 0},  // 5x5 binomial
+      {{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 7, -3, 0, 3, -7, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 4, 9},  // pivot in row 2
   };
-  std::vector<uint8_t> stripes(64 * 6);
+  std::vector<uint8_t> stripes(61 * 6);
   for (size_t i = 0; i < stripes.size(); ++i) stripes[i] = (i / 3) % 2 ? 255 : 0;
   for (const Row& r : rows) {
-    expectMatchesReference({64, 6, 3, r.weights, r.shift, r.bias, 0, 6, 1}, rng);
-    expectMatchesReference({64, 6, 3, r.weights, r.shift, r.bias, 0, 6, 1}, rng, stripes);
-  }
-}
-
-// Rank-1 weights take the separable path: binomial, signed, with a common
-// factor in the pivot row, all zero, and a near miss in the last weight.
-TEST_P(Conv2DTest, SeparableWeightsMatchReference) {
-  std::mt19937 rng(23);
-  const std::vector<std::pair<std::vector<int16_t>, std::vector<int16_t>>> factors = {
-      {{1, 4, 6, 4, 1}, {1, 4, 6, 4, 1}}, {{-1, 0, 1}, {1, 2, 1}}, {{3, -6, 3}, {-2, 4, -2}},
-      {{0, 0, 1, 0, 0}, {7, -3, 0, 3, -7}}, {{0, 0, 0}, {0, 0, 0}}};
-  for (const auto& [column, row] : factors) {
-    std::vector<int16_t> w;
-    for (int16_t u : column) {
-      for (int16_t v : row) w.push_back(static_cast<int16_t>(u * v));
-    }
-    for (const auto& [width, h] : {std::pair{40u, 6u}, {33u, 3u}, {3u, 3u}}) {
-      const uint32_t k = static_cast<uint32_t>(column.size());
-      expectMatchesReference({width, h, k, w, 4, -700, 0, h, 2}, rng);
-      std::vector<int16_t> nearMiss = w;
-      nearMiss.back() += 1;
-      expectMatchesReference({width, h, k, nearMiss, 4, 900, 1, h, 0}, rng);
-    }
+    const uint32_t k = r.weights.size() == 9 ? 3 : 5;
+    expectMatchesReference({61, 6, k, r.weights, r.shift, r.bias, 0, 6, 1}, rng);
+    expectMatchesReference({61, 6, k, r.weights, r.shift, r.bias, 1, 6, 0}, rng, stripes);
   }
 }
 
