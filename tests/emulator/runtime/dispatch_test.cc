@@ -1,7 +1,5 @@
-// The planner and the dispatcher seen from inside: how a built graph's nodes
-// are grouped into steps, and that the nodes of a pack are handed to different
-// cores at the same time. No wall clock: a dispatch hook holds each core until
-// both nodes of the pack have arrived.
+// The planner and the dispatcher seen from inside: how a built graph's nodes are grouped into steps, and
+// that a pack's nodes go to different cores at once (no wall clock: a dispatch hook holds each core).
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -75,9 +73,8 @@ TEST(PlanStepsTest, PacksBecomeOneStepAtTheirFirstNode) {
   }
 }
 
-/// Holds every core that takes a task until `expected` tasks have been taken
-/// (or ten seconds passed, which only a dispatcher that serialises them lets
-/// happen), and records who took what. Read it once the job has ended.
+/// Holds every core that takes a task until `expected` tasks are taken (or ten seconds passed, which only a
+/// dispatcher that serialises them lets happen), and records who took what. Read it once the job has ended.
 struct Rendezvous {
   void arrive(int core) {
     std::unique_lock<std::mutex> lock(mutex);

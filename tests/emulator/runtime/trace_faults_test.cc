@@ -36,10 +36,8 @@ Traced traceOfChild(const char* fail, const std::function<void()>& body) {
   };
   task.env = {{"KESH_EMU_TRACE", dir.path() + "/trace.log"}, {"KESH_EMU_FAIL", fail}};
   const ChildResult child = runChild(task);
-  Traced traced{child.out, {}};
-  if (child.status != 0) {
-    traced.out = "status " + std::to_string(child.status) + " signal " + std::to_string(child.signal);
-  }
+  const std::string ended = "status " + std::to_string(child.status) + " signal " + std::to_string(child.signal);
+  Traced traced{child.status == 0 ? child.out : ended, {}};
   std::istringstream in(readFile(dir.path() + "/trace.log"));
   for (std::string line; std::getline(in, line);) traced.lines.push_back(line);
   return traced;
@@ -47,7 +45,6 @@ Traced traceOfChild(const char* fail, const std::function<void()>& body) {
 
 // `@2` fails only the second call of its function, `@*` every call; a failed
 // call writes no output parameter. Unknown names and bad counts are ignored.
-// The tool's own calls are traced by the end-to-end tests.
 TEST(TraceTest, TracesEscapedStringsAndInjectedFailures) {
   const Traced traced = traceOfChild("keshCreateMem@2,keshAddPattern@*,bogus@1,keshMapMem@x", [] {
     _kesh_player* player = keshCreatePlayer("KESH pattern tester");

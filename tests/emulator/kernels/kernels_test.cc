@@ -1,21 +1,32 @@
-// The SIMD kernels (convolution, matrix product) against the reference
-// arithmetic, bit for bit, once per SIMD target built and supported here.
+// Each kernel against the reference arithmetic, bit for bit: the SIMD ones (convolution,
+// matrix product) once per target built and supported here; and what the executor adds.
 #include <gtest/gtest.h>
 #include <hwy/highway.h>
 
 #include <array>
 #include <cstring>
+#include <functional>
 #include <random>
+#include <string>
 #include <vector>
 
+#include "format/op_builder.h"
 #include "kernels/conv2d.h"
+#include "kernels/elementwise.h"
+#include "kernels/executor.h"
 #include "kernels/matmul.h"
 #include "reference_ops.h"
+#include "testing/sample_patterns.h"
 
 namespace kesh::kernels {
 namespace {
 
+using format::BinaryFunc;
 using format::DType;
+using format::makeOp;
+using format::Opcode;
+using format::UnaryFunc;
+using kesh::testing::argRef;
 
 std::vector<uint8_t> randomBytes(std::mt19937& rng, size_t count) {
   std::vector<uint8_t> bytes(count);
@@ -25,7 +36,7 @@ std::vector<uint8_t> randomBytes(std::mt19937& rng, size_t count) {
 
 // The kernels dispatch to the parameter's target for the test's duration.
 // Not thread-safe: the target is process-wide.
-class EveryTarget : public ::testing::TestWithParam<int64_t> {
+class SimdKernelTest : public ::testing::TestWithParam<int64_t> {
 #ifdef KESH_SIMD_DYNAMIC_DISPATCH
  protected:
   void SetUp() override { hwy::SetSupportedTargetsForTest(GetParam()); }
@@ -36,8 +47,6 @@ const std::vector<int64_t> kTargets = hwy::SupportedAndGeneratedTargets();
 };
 const std::vector<int64_t> kTargets = {HWY_STATIC_TARGET};
 #endif
-class Conv2DTest : public EveryTarget {};
-class MatMulTest : public EveryTarget {};
 
 struct Case {
   uint32_t width, height, k;
@@ -72,7 +81,7 @@ std::vector<int16_t> randomWeights(std::mt19937& rng, uint32_t k, int lo, int hi
   return w;
 }
 
-TEST_P(Conv2DTest, MatchesReferenceAtEverySizeBorderRowRangeAndExtreme) {
+TEST_P(SimdKernelTest, Conv2DMatchesReferenceAtEverySizeBorderRowRangeAndExtreme) {
   std::mt19937 rng(21);
   for (uint32_t k : {3u, 5u}) {
     // Widths below, at and past two radii plus one vector of every target.
@@ -98,7 +107,7 @@ TEST_P(Conv2DTest, MatchesReferenceAtEverySizeBorderRowRangeAndExtreme) {
 // Weights and biases at the edges of the 16-bit window: the widest sums that
 // still fit it, one step past, and shifts whose halves round upwards for
 // negative sums too. Rank-1 weights take the separable path.
-TEST_P(Conv2DTest, SumsAtTheEdgesOfSixteenBitLanesAndSeparableWeightsStayExact) {
+TEST_P(SimdKernelTest, Conv2DSumsAtTheEdgesOfSixteenBitLanesAndSeparableWeightsStayExact) {
   std::mt19937 rng(22);
   struct Row {
     std::vector<int16_t> weights;
@@ -153,13 +162,12 @@ void expectMatches(const std::vector<uint8_t>& a, const std::vector<uint8_t>& b,
                          << q.zeroPoint << (bias ? " bias" : "") << (out == DType::kU8 ? " u8" : " i8");
 }
 
-TEST_P(MatMulTest, RandomOperandsMatchReferenceForEveryShapeAndRequantisation) {
+TEST_P(SimdKernelTest, MatMulRandomOperandsMatchReferenceForEveryShapeAndRequantisation) {
   std::mt19937 rng(31);
   // Rows around the row blocks (1, 4, 8), columns around the panel widths
   // (8 to 32), odd K for the zero-padded last pair.
-  const std::vector<std::array<size_t, 3>> shapes = {{1, 1, 1},   {4, 9, 1},   {5, 7, 7},    {2, 3, 8},
-                                                     {7, 31, 17}, {9, 301, 33}, {13, 2, 64}, {8, 16, 65},
-                                                     {12, 5, 31}, {3, 0, 5}};
+  const std::vector<std::array<size_t, 3>> shapes = {{1, 1, 1},    {4, 9, 1},   {5, 7, 7},  {2, 3, 8},  {7, 31, 17},
+                                                     {9, 301, 33}, {13, 2, 64}, {8, 16, 65}, {12, 5, 31}, {3, 0, 5}};
   const std::vector<Requant> requants = {{1, 0, 0}, {1 << 30, 38, -3}, {INT32_MAX, 62, 0}, {INT32_MIN, 62, -128},
                                          {INT32_MIN, 31, 127}, {1518500250, 40, 17}};
   for (const auto& [M, K, N] : shapes) {
@@ -173,7 +181,7 @@ TEST_P(MatMulTest, RandomOperandsMatchReferenceForEveryShapeAndRequantisation) {
   }
 }
 
-TEST_P(MatMulTest, ExtremeOperandsAndLongSumsSaturateTheAccumulatorExactly) {
+TEST_P(SimdKernelTest, MatMulExtremeOperandsAndLongSumsSaturateTheAccumulatorExactly) {
   // -128 * -128 in both halves of a pair is the one sum of two products that
   // leaves 16 bits; 127 * -128 the most negative.
   for (const auto& [x, y] : {std::pair<uint8_t, uint8_t>{0x80, 0x80}, {0x7F, 0x80}, {0x7F, 0x7F}}) {
@@ -196,9 +204,95 @@ TEST_P(MatMulTest, ExtremeOperandsAndLongSumsSaturateTheAccumulatorExactly) {
   }
 }
 
-const auto kTargetName = [](const ::testing::TestParamInfo<int64_t>& target) { return hwy::TargetName(target.param); };
-INSTANTIATE_TEST_SUITE_P(Targets, Conv2DTest, ::testing::ValuesIn(kTargets), kTargetName);
-INSTANTIATE_TEST_SUITE_P(Targets, MatMulTest, ::testing::ValuesIn(kTargets), kTargetName);
+struct TypeInfo {
+  format::DType type;
+  size_t size;
+  int64_t lo, hi;
+};
+constexpr TypeInfo kTypes[] = {{format::DType::kU8, 1, 0, 255}, {format::DType::kI8, 1, -128, 127},
+                               {format::DType::kI16, 2, -32768, 32767}, {format::DType::kI32, 4, INT32_MIN, INT32_MAX}};
+
+// Every pair of edge values (range ends, their neighbours, values around
+// zero), then random pairs.
+std::pair<std::vector<int64_t>, std::vector<int64_t>> operands(const TypeInfo& t, std::mt19937& rng) {
+  std::vector<int64_t> edges, x, y;
+  for (int64_t v : {t.lo, t.lo + 1, int64_t{-2}, int64_t{-1}, int64_t{0}, int64_t{1}, t.hi - 1, t.hi}) {
+    if (v >= t.lo && v <= t.hi) edges.push_back(v);
+  }
+  for (int64_t a : edges) x.insert(x.end(), edges.size(), a);
+  for (size_t i = 0; i < edges.size(); ++i) y.insert(y.end(), edges.begin(), edges.end());
+  for (int i = 0; i < 200; ++i) {
+    x.push_back(std::uniform_int_distribution<int64_t>(t.lo, t.hi)(rng));
+    y.push_back(std::uniform_int_distribution<int64_t>(t.lo, t.hi)(rng));
+  }
+  return {x, y};
+}
+
+// One byte in, so wide elements are misaligned, and guard bytes after.
+std::vector<uint8_t> pack(const std::vector<int64_t>& values, const TypeInfo& t) {
+  std::vector<uint8_t> bytes(1 + values.size() * t.size + 4, 0xA5);
+  for (size_t i = 0; i < values.size() * t.size; ++i) {
+    bytes[1 + i] = static_cast<uint8_t>(static_cast<uint64_t>(values[i / t.size]) >> (8 * (i % t.size)));
+  }
+  return bytes;
+}
+
+using Kernel = std::function<bool(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t count)>;
+
+// The kernel must give the reference's values and leave the bytes around its range alone.
+void expectMatches(const TypeInfo& t, std::mt19937& rng, const Kernel& kernel,
+                   const std::function<int64_t(int64_t, int64_t)>& ref, const std::string& what) {
+  const auto [x, y] = operands(t, rng);
+  std::vector<int64_t> expected;
+  for (size_t i = 0; i < x.size(); ++i) expected.push_back(ref(x[i], y[i]));
+  const std::vector<uint8_t> xb = pack(x, t), yb = pack(y, t);
+  std::vector<uint8_t> out(xb.size(), 0xA5);
+  ASSERT_TRUE(kernel(out.data() + 1, xb.data() + 1, yb.data() + 1, x.size()));
+  EXPECT_EQ(out, pack(expected, t)) << what;
+}
+
+TEST(ElementwiseTest, EveryFunctionTypeAndImmediateMatchesReference) {
+  std::mt19937 rng(11);
+  const std::vector<int64_t> shifts = {0, 1, 7, 8, 15, 16, 31};
+  const std::vector<int64_t> imms = {INT32_MIN, -65537, -32769, -129, -1, 0, 1, 255, 256, 32768, 131073, INT32_MAX};
+  for (const TypeInfo& t : kTypes) {
+    const std::string type = " size " + std::to_string(t.size);
+    for (uint32_t func = 0; func <= static_cast<uint32_t>(UnaryFunc::kMaxI); ++func) {
+      const auto f = static_cast<UnaryFunc>(func);
+      const bool isShift = f == UnaryFunc::kShlI || f == UnaryFunc::kShrI;
+      for (int64_t imm : f < UnaryFunc::kShlI ? std::vector<int64_t>{0} : isShift ? shifts : imms) {
+        expectMatches(
+            t, rng, [&](uint8_t* d, const uint8_t* a, const uint8_t*, size_t n) { return unary(f, t.type, d, a, n, int32_t(imm)); },
+            [&](int64_t a, int64_t) { return gencases::referenceUnary(f, t.type, a, imm); }, "unary " + std::to_string(func) + type);
+      }
+    }
+    for (uint32_t func = 0; func <= static_cast<uint32_t>(BinaryFunc::kAvg); ++func) {
+      const auto f = static_cast<BinaryFunc>(func);
+      expectMatches(
+          t, rng, [&](uint8_t* d, const uint8_t* a, const uint8_t* b, size_t n) { return binary(f, t.type, d, a, b, n); },
+          [&](int64_t a, int64_t b) { return gencases::referenceBinary(f, t.type, a, b); }, "binary " + std::to_string(func) + type);
+    }
+  }
+}
+
+// A sum into an internal buffer, copied out, shows what the buffer started with.
+TEST(ExecutorTest, InternalBuffersStartZeroedOnEveryCall) {
+  format::Program program;
+  program.args = {{5, 8, false, "in"}, {2, 8, false, "out"}};
+  program.internalSizes = {8};
+  const uint32_t tmp = format::bufferRef(format::Space::kInternal, 0);
+  program.ops = {makeOp(Opcode::kBinary, {{"func", BinaryFunc::kAdd}, {"type", format::DType::kU8}, {"dst", tmp},
+                                          {"a", tmp}, {"b", argRef(0)}, {"count", 8}}),
+                 makeOp(Opcode::kCopy, {{"dst", argRef(1)}, {"src", tmp}, {"length", 8}})};
+  std::vector<uint8_t> in = {1, 2, 3, 4, 5, 100, 127, 200}, out(8);
+  for (int call = 0; call < 2; ++call) {
+    executeProgram(program, {{in.data(), in.size()}, {out.data(), out.size()}});
+    EXPECT_EQ(out, in) << "call " << call;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Targets, SimdKernelTest, ::testing::ValuesIn(kTargets),
+                         [](const ::testing::TestParamInfo<int64_t>& target) { return hwy::TargetName(target.param); });
 
 }  // namespace
 }  // namespace kesh::kernels
