@@ -1,7 +1,5 @@
-// The input's first line is the tool's argument vector; every further line is
-// a command-file line, parsed on its own and as each --command file named.
-// Fatal errors are thrown and caught per line and data files are never opened,
-// so only the parsing itself is exercised.
+// The input's first line is the tool's argument vector; every further line is a command-file line, parsed
+// on its own and as each --command file named. Fatal errors are thrown and caught; no data file is opened.
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
@@ -10,22 +8,15 @@
 #include <vector>
 
 #include "common/fatal.h"
-#include "settings/option_table.h"
 #include "settings/parse_hooks.h"
 #include "settings/tester_setting.h"
 #include "settings/word_split.h"
 
-namespace {
-
 struct Intercepted {};
-[[noreturn]] void throwIntercepted(kesh::FatalStream, const std::string&) { throw Intercepted{}; }
+static std::vector<std::string> commandLines;
+static std::size_t builtInCases = 0, commandFiles = 0;
 
-std::vector<std::string> commandLines;
-int builtInCases = 0;
-std::size_t commandFiles = 0;
-
-// Every line through the per-command parser; a fatal error ends only its own line.
-std::vector<TesterSetting::TestCommand> parseLines(const char* programName) {
+static std::vector<TesterSetting::TestCommand> parseLines(const char* programName) {
   std::vector<TesterSetting::TestCommand> commands;
   for (const std::string& line : commandLines) {
     try {
@@ -37,20 +28,15 @@ std::vector<TesterSetting::TestCommand> parseLines(const char* programName) {
   return commands;
 }
 
-}  // namespace
-
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   std::cout.rdbuf(nullptr);  // the parsers' echo lines are not under test
-  kesh::setFatalHandler(throwIntercepted);
+  kesh::setFatalHandler([](kesh::FatalStream, const std::string&) { throw Intercepted{}; });
   kesh::settings::ParseHooks& hooks = kesh::settings::parseHooks();
-  hooks.readData = [](kesh::settings::DataRole role, const char* path) {
-    return std::vector<uint8_t>(std::string(path).size() % 7, static_cast<uint8_t>(role));
-  };
+  hooks.readData = [](auto, const char* path) { return std::vector<uint8_t>(std::string(path).size() % 7); };
   // Built-in cases are copied whole: more than two, or the 8 MB case 5, only load the allocator.
   hooks.optionApplied = [](int code, const char* argument) {
     if (code == 't' && (++builtInCases > 2 || std::atoi(argument) == 5)) throw Intercepted{};
   };
-  // Every --command file is the input's own command lines, each line on its own.
   hooks.readCommandFile = [](const char* programName, const char*) {
     ++commandFiles;
     return parseLines(programName);
@@ -64,10 +50,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   std::getline(text, first);
   commandLines.clear();
   for (std::string line; std::getline(text, line);) commandLines.push_back(line);
-  builtInCases = 0;
-  commandFiles = 0;
+  builtInCases = commandFiles = 0;
   parseLines("kesh_player");
-
   std::vector<std::string> words = kesh::settings::splitCommandWords("kesh_player", first);
   std::vector<char*> argv;
   for (std::string& word : words) argv.push_back(word.data());

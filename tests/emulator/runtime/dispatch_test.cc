@@ -1,7 +1,5 @@
-// The planner and the dispatcher seen from inside: how a built graph's nodes
-// are grouped into steps, when a play re-takes its nodes, and that the nodes
-// of a pack are handed to different cores at the same time. No wall clock:
-// a dispatch hook holds each core until both nodes of the pack have arrived.
+// The planner and the dispatcher seen from inside: how a built graph's nodes are grouped into steps, and
+// that a pack's nodes go to different cores at once (no wall clock: a dispatch hook holds each core).
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -16,13 +14,10 @@
 #include "runtime/graph.h"
 #include "runtime/job.h"
 #include "runtime/memory.h"
-#include "testing/pattern_calls.h"
 #include "testing/sample_patterns.h"
 
 namespace kesh::runtime {
 namespace {
-
-using namespace kesh::testing;  // NOLINT: the sample patterns and API helpers
 
 constexpr HandleId kPlayerId = 1000, kGraphId = 1001;
 constexpr uint32_t kSize = 64;
@@ -31,24 +26,21 @@ constexpr uint32_t kSize = 64;
 /// lists (1-based positions).
 struct TestGraph {
   TestGraph(size_t count, const std::vector<std::vector<HandleId>>& packs) : graph(kGraphId, kPlayerId) {
-    const std::vector<uint8_t> binary = copyPattern(kSize, 7, 3);
+    const std::vector<uint8_t> binary = kesh::testing::copyPattern(kSize, 7, 3);
     auto program = std::make_shared<format::Program>();
-    std::string error;
-    EXPECT_TRUE(format::decodePattern(binary.data(), binary.size(), program.get(), &error)) << error;
+    EXPECT_TRUE(format::decodePattern(binary.data(), binary.size(), program.get(), nullptr));
+    std::vector<std::shared_ptr<Node>> nodes;
     for (HandleId id = 1; id <= count; ++id) {
       nodes.push_back(std::make_shared<Node>(id, kGraphId, kPlayerId, program));
       EXPECT_TRUE(graph.addNode(nodes.back()));
+      for (uint32_t index : {7u, 3u}) {
+        memories.push_back(Memory::create(kPlayerId, kSize));
+        EXPECT_TRUE(nodes.back()->stageArg(index, *memories.back(), kSize));
+      }
+      nodes.back()->update();
     }
     for (const auto& pack : packs) EXPECT_TRUE(graph.pack(pack));
     EXPECT_TRUE(graph.build());
-    for (auto& node : nodes) bind(*node);
-  }
-  void bind(Node& node) {
-    for (uint32_t index : {7u, 3u}) {
-      memories.push_back(Memory::create(kPlayerId, kSize));
-      EXPECT_TRUE(node.stageArg(index, *memories.back(), kSize));
-    }
-    node.update();
   }
   std::shared_ptr<const JobPlan> plan() {
     std::shared_ptr<const JobPlan> out;
@@ -57,7 +49,6 @@ struct TestGraph {
   }
 
   Graph graph;
-  std::vector<std::shared_ptr<Node>> nodes;
   std::vector<std::shared_ptr<Memory>> memories;
 };
 
@@ -82,26 +73,8 @@ TEST(PlanStepsTest, PacksBecomeOneStepAtTheirFirstNode) {
   }
 }
 
-TEST(PlanCacheTest, PlaysShareThePlanUntilANodeChanges) {
-  TestGraph graph(2, {});
-  std::shared_ptr<const JobPlan> first = graph.plan();
-  ASSERT_NE(first, nullptr);
-  EXPECT_EQ(graph.plan(), first) << "no node changed: the same plan";
-  const auto firstBlock = first->nodes[1].args[0].block;
-  graph.bind(*graph.nodes[1]);
-  std::shared_ptr<const JobPlan> second = graph.plan();
-  ASSERT_NE(second, nullptr);
-  EXPECT_NE(second, first);
-  EXPECT_NE(second->nodes[1].args[0].block, firstBlock) << "the update is played";
-  EXPECT_EQ(first->nodes[1].args[0].block, firstBlock) << "an earlier job's plan is never changed";
-  EXPECT_EQ(second->nodes[0].args[0].block, first->nodes[0].args[0].block);
-  graph.nodes[0]->markDestroyed();
-  EXPECT_EQ(graph.plan(), nullptr) << "a destroyed node ends the graph's plays";
-}
-
-/// Holds every core that takes a task until `expected` tasks have been taken
-/// (or ten seconds passed, which only a dispatcher that serialises them lets
-/// happen), and records who took what. Read it once the job has ended.
+/// Holds every core that takes a task until `expected` tasks are taken (or ten seconds passed, which only a
+/// dispatcher that serialises them lets happen), and records who took what. Read it once the job has ended.
 struct Rendezvous {
   void arrive(int core) {
     std::unique_lock<std::mutex> lock(mutex);
