@@ -13,7 +13,9 @@ namespace {
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
 
 void* allocate(std::size_t size) {
-  return size >= kHugePage ? std::aligned_alloc(kHugePage, size) : std::malloc(size == 0 ? 1 : size);
+  if (size < kHugePage) return std::malloc(size == 0 ? 1 : size);
+  void* block = nullptr;
+  return posix_memalign(&block, kHugePage, size) == 0 ? block : nullptr;
 }
 
 }  // namespace
