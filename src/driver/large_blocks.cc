@@ -8,9 +8,11 @@
 #include <cstdlib>
 #include <new>
 
+#include "common/huge_page.h"
+
 namespace {
 
-constexpr std::size_t kHugePage = std::size_t{2} << 20;
+using kesh::kHugePage;
 
 void* allocate(std::size_t size) {
   if (size < kHugePage) return std::malloc(size == 0 ? 1 : size);

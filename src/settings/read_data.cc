@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "common/fatal.h"
+#include "common/huge_page.h"
 #include "settings/file_kind.h"
 #include "settings/tester_setting.h"
 
@@ -63,7 +64,7 @@ void prepareFreshStorage(std::vector<uint8_t>& bytes) {
   const auto start = reinterpret_cast<uintptr_t>(bytes.data());
   const uintptr_t end = start + bytes.capacity();
 #ifdef MADV_HUGEPAGE
-  adviseWholeUnits(start, end, uintptr_t{2} << 20, MADV_HUGEPAGE);
+  adviseWholeUnits(start, end, kesh::kHugePage, MADV_HUGEPAGE);
 #endif
 #ifdef MADV_POPULATE_WRITE
   adviseWholeUnits(start, end, static_cast<uintptr_t>(::sysconf(_SC_PAGESIZE)), MADV_POPULATE_WRITE);
